@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "broker/CmpiBroker_Object.h"
+
+#include <strings.h>
+
+#include <string>
+
+#include "cmpi/CmpiTypes.h"
+#include "runtime/Trace.h"
+
+namespace brv {
+
+namespace {
+
+// What the smallest common instance, a metric value, has: larger ones grow from here.
+constexpr std::size_t kFirstCapacity = 5;
+
+bool sameName(const Text& name, std::string_view other) {
+  const std::string_view own = name.view();
+  return own.size() == other.size() && strncasecmp(own.data(), other.data(), own.size()) == 0;
+}
+
+// The CIM names of types as shared texts: one per type for a whole list of results.
+Text typeText(CMPIType type) {
+  const char* name = CMPITypeToCIMTypeString(type);
+  return name != nullptr ? CmpiBroker_Context::getInstance().names().get(name) : Text();
+}
+
+// External array texts separate elements by " | "; the broker's own form is ";".
+std::string withBrokerSeparators(std::string_view text) {
+  std::string out;
+  for (;;) {
+    const auto bar = text.find(" | ");
+    out += text.substr(0, bar);
+    if (bar == std::string_view::npos) return out;
+    out += ';';
+    text.remove_prefix(bar + 3);
+  }
+}
+
+}  // namespace
+
+const CmpiBroker_Object::Properties& CmpiBroker_Object::properties() const {
+  static const Properties none;
+  return m_properties ? *m_properties : none;
+}
+
+const CmpiBroker_Value* CmpiBroker_Object::getProperty(int index) const {
+  if (index >= 0 && static_cast<std::size_t>(index) < getPropertyCount())
+    return &(*m_properties)[static_cast<std::size_t>(index)];
+  BRV_TRACE(kError, "Index out of range\n");
+  return nullptr;
+}
+
+const CmpiBroker_Value* CmpiBroker_Object::getProperty(std::string_view name) const {
+  for (const CmpiBroker_Value& value : properties())
+    if (sameName(value.name(), name)) return &value;
+  return nullptr;
+}
+
+CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
+                                                   CmpiBroker_Value::Qualifiers qualifiers) {
+  if (!m_properties) {
+    m_properties = std::make_shared<Properties>();
+    m_properties->reserve(kFirstCapacity);
+  } else if (m_properties.use_count() > 1) {
+    m_properties = std::make_shared<Properties>(*m_properties);
+  }
+  for (CmpiBroker_Value& value : *m_properties) {
+    if (!sameName(value.name(), name)) continue;
+    value.setQualifiers(qualifiers);
+    return value;
+  }
+  return m_properties->emplace_back(CmpiBroker_Context::getInstance().names().get(name),
+                                    qualifiers);
+}
+
+bool CmpiBroker_Object::setProperty(std::string_view name, const CMPIValue* value, CMPIType type,
+                                    CmpiBroker_Value::Qualifiers qualifiers) {
+  if (!CmpiBroker_Value::canKeep(type)) return false;
+  return propertyToSet(name, qualifiers).set(value, type);
+}
+
+void CmpiBroker_Object::setProperty(std::string_view name, std::string_view text, CMPIType type,
+                                    CmpiBroker_Value::Qualifiers qualifiers) {
+  propertyToSet(name, qualifiers).setText(text, type);
+}
+
+void CmpiBroker_Object::load(const CIMObject& object, bool keepEmptyAsNull) {
+  for (const CIMObject::Entry& entry : object.properties()) {
+    if (entry.name.isNull()) continue;
+    if (entry.type.isNull()) {
+      BRV_TRACE(kError, "Skipping property '%s': data type is unknown\n", entry.name.c_str());
+      continue;
+    }
+    bool separatorGiven = false;
+    const CMPIType type = CIMTypeStrToCMPIType(entry.type.view(), separatorGiven);
+    if (type == kUnsupportedType) {
+      BRV_TRACE(kError, "Unsupported CIM data type '%s' of property '%s'\n", entry.type.c_str(),
+                entry.name.c_str());
+      continue;
+    }
+    const std::string_view text = entry.value.view();
+    const bool isArray = (type & CMPI_ARRAY) != 0;
+    const bool isNull = entry.value.isNull() || (text.empty() && keepEmptyAsNull) ||
+                        (!isArray && text.size() == 4 && strncasecmp(text.data(), "NULL", 4) == 0);
+    if (isNull) {
+      setProperty(entry.name.view(), nullptr, type);
+    } else if (isArray && !separatorGiven) {
+      setProperty(entry.name.view(), withBrokerSeparators(text), type);
+    } else {
+      setProperty(entry.name.view(), text, type);
+    }
+  }
+}
+
+void CmpiBroker_Object::toCIMObject(const Properties& properties, CIMObject& object) {
+  object.reserve(object.GetCurrentSize() + properties.size());
+  for (const CmpiBroker_Value& value : properties)
+    object.Add(value.name(), value.toText(), typeText(value.type()));
+}
+
+std::shared_ptr<CmpiBroker_Object::Properties> CmpiBroker_Object::snapshot() {
+  if (!m_properties) m_properties = std::make_shared<Properties>();
+  return m_properties;
+}
+
+}  // namespace brv

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "broker/CmpiBroker_Context.h"
+#include "broker/CmpiBroker_Value.h"
+#include "cimobject/CIMObject.h"
+#include "cmpi/cmpi.h"
+
+namespace brv {
+
+/// The ordered properties of an instance, an object path or an argument list. Names are compared
+/// without regard to letter case, as CIM names are.
+///
+/// The properties may be shared with results that were returned from them; a change then makes a
+/// copy first, so what a provider returned stays as it was when it returned it.
+class CmpiBroker_Object : public CmpiBroker_Registered {
+ public:
+  using Properties = std::vector<CmpiBroker_Value>;
+
+  std::size_t getPropertyCount() const { return m_properties ? m_properties->size() : 0; }
+  /// Null when there is none; an index out of range is traced.
+  const CmpiBroker_Value* getProperty(int index) const;
+  const CmpiBroker_Value* getProperty(std::string_view name) const;
+
+  /// Sets or replaces a property. False when the type cannot be kept.
+  bool setProperty(std::string_view name, const CMPIValue* value, CMPIType type,
+                   CmpiBroker_Value::Qualifiers qualifiers = CmpiBroker_Value::kNone);
+  /// The same with a text that is parsed into the type.
+  void setProperty(std::string_view name, std::string_view text, CMPIType type,
+                   CmpiBroker_Value::Qualifiers qualifiers = CmpiBroker_Value::kNone);
+
+  /// Takes the properties of `object` over. Those without a name or with an unknown type are passed
+  /// over; a value "NULL" becomes NULL, and an empty one too when `keepEmptyAsNull` is set.
+  void load(const CIMObject& object, bool keepEmptyAsNull);
+  void toCIMObject(CIMObject& object) const { toCIMObject(properties(), object); }
+  static void toCIMObject(const Properties& properties, CIMObject& object);
+
+  const Properties& properties() const;
+  /// The properties as they are now, for a result.
+  std::shared_ptr<Properties> snapshot();
+
+ protected:
+  CmpiBroker_Object() = default;
+
+ private:
+  CmpiBroker_Value& propertyToSet(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers);
+
+  std::shared_ptr<Properties> m_properties;  // null: none yet
+};
+
+}  // namespace brv

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "broker/CmpiBroker_Broker.h"
+#include "broker/CmpiBroker_ProviderInfo.h"
+#include "broker/CmpiBroker_Request.h"
+#include "cimobject/CIMObject.h"
+#include "cimobject/List.h"
+
+namespace brv {
+
+/// One row of the provider table at work: finds and opens the library when one is needed, makes the
+/// management interfaces, keeps a load status, forwards requests and unloads.
+class CmpiBroker_Provider {
+ public:
+  /// Load status; the values are CIM operational-status codes.
+  enum Status : std::uint32_t {
+    kUnknown = 0,
+    kLoaded = 2,
+    kFailed = 6,
+    kLoading = 8,
+    kUnloading = 9,
+    kUnloaded = 10,
+    kNotSupported = 32800,
+  };
+
+  /// Neither argument is owned. Throws CmpiBroker_Exception for an invalid row.
+  CmpiBroker_Provider(const CmpiBroker_ProviderInfo* info, CmpiBroker_Broker& broker);
+  virtual ~CmpiBroker_Provider();
+  CmpiBroker_Provider(const CmpiBroker_Provider&) = delete;
+  CmpiBroker_Provider& operator=(const CmpiBroker_Provider&) = delete;
+
+  /// Throws what made it fail; the status and its details keep it.
+  virtual void load();
+  virtual void unload();
+  /// Forward one request and append what the provider returned. They throw what the provider
+  /// answers; nothing is appended then.
+  virtual void enumInstances(CmpiBroker_Request& request, List<CIMObject>& out);
+  virtual void associators(CmpiBroker_Request& request, List<CIMObject>& out);
+  virtual void invokeMethod(CmpiBroker_Request& request, List<CIMObject>& out);
+
+  const CmpiBroker_ProviderInfo& info() const { return *m_info; }
+  bool serves(std::string_view className, std::string_view nameSpace) const;
+  Status status() const { return m_status; }
+  /// What the last load failed of, otherwise what the status means.
+  std::string getStatusDetails() const;
+  /// The full path of the library that was opened; empty when none was.
+  const std::string& libraryPath() const { return m_libraryPath; }
+  /// Throws the failure of an earlier load again; does nothing when there is none.
+  void throwError() const;
+
+  /// Directories for provider libraries, separated by ":": LD_LIBRARY_PATH, when set, then the
+  /// usual places.
+  static std::string buildLibrarySearchPath();
+
+ protected:
+  CmpiBroker_Broker& broker() const { return m_broker; }
+  void setStatus(Status status) { m_status = status; }
+
+ private:
+  void checkProviderInfo() const;
+  bool needsLibrary() const;
+  void loadLibrary();
+  void closeLibrary();
+  /// Looks up the entry point "<provider name>_Create_<kind>" in the open library.
+  template <class Factory>
+  void findFactory(Factory& factory, const char* kind);
+  /// Calls a factory and throws unless it made an interface.
+  template <class MI, class Factory>
+  MI* createMI(Factory factory, const char* kind);
+  void initInstanceMI();
+  void initAssociationMI();
+  void initMethodMI();
+  template <class MI>
+  void cleanup(MI* mi, const char* kind);
+  [[noreturn]] static void throwStatus(const CMPIStatus& status);
+  /// Traces and throws a bad status of a forwarded request.
+  void checkCall(const char* operation, const CMPIStatus& status);
+
+  const CmpiBroker_ProviderInfo* m_info;
+  CmpiBroker_Broker& m_broker;
+  CMPIInstanceMI* m_instanceMI = nullptr;
+  CMPIAssociationMI* m_associationMI = nullptr;
+  CMPIMethodMI* m_methodMI = nullptr;
+  void* m_library = nullptr;
+  bool m_keepLibrary = false;  // the provider's threads may still run in it
+  CMPICreateInstanceMI m_createInstanceMI = nullptr;
+  CMPICreateAssociationMI m_createAssociationMI = nullptr;
+  CMPICreateMethodMI m_createMethodMI = nullptr;
+  std::string m_libraryPath;
+  Status m_status = kUnloaded;
+  std::optional<std::string> m_statusDetails;
+};
+
+}  // namespace brv

@@ -1,0 +1,395 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "providers/CmpiMetricProviderLinux.h"
+
+#include <bitset>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "providers/CmpiMetricDefinition.h"
+#include "providers/CmpiMetricValue.h"
+#include "providers/CmpiProviderUtil.h"
+#include "providers/HostMemory.h"
+#include "providers/ObjectFilters.h"
+#include "providers/readers/DiskStats.h"
+#include "providers/readers/LoadAverage.h"
+#include "providers/readers/MountTable.h"
+#include "providers/readers/NetDev.h"
+#include "providers/readers/ProcStat.h"
+#include "providers/readers/VmStat.h"
+#include "runtime/Trace.h"
+
+namespace brv {
+
+namespace {
+
+using enum MetricDefinitionId_;
+
+constexpr const char* kDefinitionClass = "BRVLinux_MetricDefinition";
+constexpr const char* kOperatingSystem = "OperatingSystem";
+
+// One figure and how it follows from what its reader found; a NULL value when it is missing there.
+template <class Source>
+struct Figure {
+  MetricDefinitionId_ id;
+  CmpiData (*value)(const Source&);
+};
+
+// The kernel counts in ticks of its own interface, a hundred a second on every platform.
+constexpr std::uint64_t kMillisecondsPerTick = 10;
+
+CmpiData milliseconds(std::uint64_t ticks) {
+  return ticks * kMillisecondsPerTick;
+}
+CmpiData userTime(const CpuTimes& cpu) {
+  return milliseconds(cpu.user + cpu.nice);
+}
+CmpiData systemTime(const CpuTimes& cpu) {
+  return milliseconds(cpu.system + cpu.irq + cpu.softirq);
+}
+CmpiData idleTime(const CpuTimes& cpu) {
+  return milliseconds(cpu.idle);
+}
+CmpiData waitTime(const CpuTimes& cpu) {
+  return milliseconds(cpu.iowait);
+}
+CmpiData stealTime(const CpuTimes& cpu) {
+  return cpu.steal ? milliseconds(*cpu.steal) : CmpiData();
+}
+CmpiData elapsedTime(const CpuTimes& cpu) {
+  return milliseconds(cpu.user + cpu.nice + cpu.system + cpu.idle + cpu.iowait + cpu.irq +
+                      cpu.softirq + cpu.steal.value_or(0));
+}
+CmpiData optionalData(const std::optional<std::uint64_t>& value) {
+  return value ? CmpiData(*value) : CmpiData();
+}
+CmpiData average(double value) {
+  return static_cast<CMPIReal32>(value);
+}
+
+// All that this provider reports. Values and definitions both follow from these tables, and values
+// are in their order.
+
+constexpr Figure<CpuTimes> kTotalFigures[] = {
+    {OS_UserTime, userTime}, {OS_SystemTime, systemTime}, {OS_IdleTime, idleTime},
+    {OS_WaitTime, waitTime}, {OS_StealTime, stealTime},   {OS_ElapsedCPUTime, elapsedTime},
+};
+
+constexpr Figure<CpuTimes> kProcessorFigures[] = {
+    {Proc_UserTime, userTime}, {Proc_SystemTime, systemTime},      {Proc_IdleTime, idleTime},
+    {Proc_WaitTime, waitTime}, {Proc_ElapsedCPUTime, elapsedTime},
+};
+
+constexpr Figure<ProcStat> kKernelFigures[] = {
+    {OS_ContextSwitchCounter,
+     [](const ProcStat& stat) -> CmpiData { return stat.contextSwitches; }},
+    {OS_InterruptCounter, [](const ProcStat& stat) -> CmpiData { return stat.interrupts; }},
+    // One of the lines is that of all processors together.
+    {OS_CPUCount, [](const ProcStat& stat) -> CmpiData { return stat.cpuLines - 1; }},
+};
+
+constexpr Figure<LoadAverage> kLoadFigures[] = {
+    {OS_LoadAverage1Min, [](const LoadAverage& load) { return average(load.oneMinute); }},
+    {OS_LoadAverage5Min, [](const LoadAverage& load) { return average(load.fiveMinutes); }},
+    {OS_LoadAverage15Min, [](const LoadAverage& load) { return average(load.fifteenMinutes); }},
+};
+
+constexpr Figure<MemInfo> kMemoryFigures[] = {
+    {OS_TotalVisibleMemorySize, [](const MemInfo& memory) -> CmpiData { return memory.total; }},
+    {OS_FreePhysicalMemory, [](const MemInfo& memory) -> CmpiData { return memory.free; }},
+    {OS_TotalVirtualMemorySize,
+     [](const MemInfo& memory) -> CmpiData { return memory.total + memory.swapTotal; }},
+    {OS_FreeSpaceInPagingFiles, [](const MemInfo& memory) -> CmpiData { return memory.swapFree; }},
+    {OS_SizeStoredInPagingFiles,
+     [](const MemInfo& memory) -> CmpiData { return memory.swapTotal; }},
+    {OS_AvailablePhysicalMemory,
+     [](const MemInfo& memory) -> CmpiData { return memory.available; }},
+};
+
+constexpr Figure<VmStat> kPagingFigures[] = {
+    {OS_PagesPagedIn, [](const VmStat& stat) { return optionalData(stat.swappedIn); }},
+    {OS_PagesPagedOut, [](const VmStat& stat) { return optionalData(stat.swappedOut); }},
+};
+
+constexpr Figure<DiskStats> kDiskFigures[] = {
+    {Disk_TotalIOs, [](const DiskStats& disk) -> CmpiData { return disk.reads + disk.writes; }},
+    // Two sectors are a kilobyte.
+    {Disk_KBytesTransfered,
+     [](const DiskStats& disk) -> CmpiData {
+       return (disk.sectorsRead + disk.sectorsWritten) / 2;
+     }},
+    {Disk_IOTimeCounter, [](const DiskStats& disk) -> CmpiData { return disk.ioMs; }},
+    {Disk_ReadWriteIOTimeCounter,
+     [](const DiskStats& disk) -> CmpiData { return disk.readMs + disk.writeMs; }},
+    {Disk_WeightedIOTimeCounter,
+     [](const DiskStats& disk) -> CmpiData { return disk.weightedIoMs; }},
+};
+
+constexpr Figure<NetDev> kNetworkFigures[] = {
+    {Net_BytesReceived, [](const NetDev& net) -> CmpiData { return net.bytesReceived; }},
+    {Net_PacketsReceived, [](const NetDev& net) -> CmpiData { return net.packetsReceived; }},
+    {Net_ReceiveErrors, [](const NetDev& net) -> CmpiData { return net.receiveErrors; }},
+    {Net_BytesTransmitted, [](const NetDev& net) -> CmpiData { return net.bytesTransmitted; }},
+    {Net_PacketsTransmitted, [](const NetDev& net) -> CmpiData { return net.packetsTransmitted; }},
+    {Net_TransmitErrors, [](const NetDev& net) -> CmpiData { return net.transmitErrors; }},
+    {Net_Collisions, [](const NetDev& net) -> CmpiData { return net.collisions; }},
+};
+
+constexpr Figure<FileSystemInfo> kFileSystemFigures[] = {
+    {FS_Size, [](const FileSystemInfo& info) -> CmpiData { return info.size; }},
+    {FS_AvailableSpace, [](const FileSystemInfo& info) -> CmpiData { return info.available; }},
+};
+
+using IdSet = std::bitset<static_cast<std::size_t>(End)>;
+
+template <class... Tables>
+IdSet idsOf(const Tables&... tables) {
+  IdSet ids;
+  const auto add = [&ids](const auto& table) {
+    for (const auto& figure : table) ids.set(static_cast<std::size_t>(figure.id));
+  };
+  (add(tables), ...);
+  return ids;
+}
+
+// Appends the values of one collector. They share the object path, whose broker object lives no
+// longer than the request.
+class Values {
+ public:
+  explicit Values(CmpiList& out)
+      : m_out(out), m_path(kProviderNamespace, CmpiMetricValue::kClassName) {}
+
+  template <class Source, std::size_t Count>
+  void add(const Figure<Source> (&figures)[Count], const Source& source, const char* element) {
+    for (const Figure<Source>& figure : figures) {
+      const CmpiData value = figure.value(source);
+      if (value.isNullValue()) continue;
+      m_out.add(CmpiMetricValue(m_path, figure.id, value, CmpiDateTime(), element).instance());
+    }
+  }
+
+ private:
+  CmpiList& m_out;
+  CmpiObjectPath m_path;
+};
+
+CmpiStatus failed(std::string message) {
+  return CmpiStatus(CMPI_RC_ERR_FAILED, std::move(message));
+}
+
+}  // namespace
+
+CmpiMetricProviderLinux::CmpiMetricProviderLinux(const CmpiBroker& broker,
+                                                 const CmpiContext& context, const HostFiles& files,
+                                                 FileSystemQueryFunction queryFileSystems)
+    : CmpiBaseMI(broker, context),
+      CmpiMetricProvider(broker, context),
+      m_files(files),
+      m_queryFileSystems(std::move(queryFileSystems)) {}
+
+CmpiStatus CmpiMetricProviderLinux::enumInstances(const CmpiContext& context, CmpiResult& result,
+                                                  const CmpiObjectPath& path, const char**) {
+  constexpr struct {
+    const char* className;
+    void (CmpiMetricProviderLinux::*enumerate)(const CmpiContext&, CmpiList&);
+  } kClasses[] = {
+      {CmpiMetricValue::kClassName, &CmpiMetricProviderLinux::enumMValueInstances},
+      {CmpiMetricDefinition::kClassName, &CmpiMetricProviderLinux::enumMDefInstances},
+      {kDefinitionClass, &CmpiMetricProviderLinux::enumMDefInstances},
+      {"BRV_MetricProviderCapabilities", &CmpiMetricProviderLinux::enumProvCapInstances},
+      {"BRV_ProviderCapabilities", &CmpiMetricProviderLinux::enumProvCapInstances},
+  };
+  const CmpiString className = path.getClassName();
+  for (const auto& served : kClasses) {
+    if (!className.equalsIgnoreCase(served.className)) continue;
+    CmpiList instances;
+    (this->*served.enumerate)(context, instances);
+    for (const CmpiInstance& instance : instances) result.returnData(instance);
+    result.returnDone();
+    return CmpiStatus(CMPI_RC_OK);
+  }
+  return CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED);
+}
+
+void CmpiMetricProviderLinux::enumMDefInstances(const CmpiContext&, CmpiList& out) {
+  const IdSet ids =
+      idsOf(kTotalFigures, kProcessorFigures, kKernelFigures, kLoadFigures, kMemoryFigures,
+            kPagingFigures, kDiskFigures, kNetworkFigures, kFileSystemFigures);
+  for (const MetricDefinition& definition : metricDefinitions())
+    if (ids.test(static_cast<std::size_t>(definition.id)))
+      out.add(CmpiMetricDefinition(definition.id, kDefinitionClass).instance());
+}
+
+void CmpiMetricProviderLinux::enumMValueInstances(const CmpiContext& context, CmpiList& out) {
+  constexpr void (CmpiMetricProviderLinux::*kCollectors[])(CmpiList&) = {
+      &CmpiMetricProviderLinux::getStatData, &CmpiMetricProviderLinux::getLoadAverage,
+      &CmpiMetricProviderLinux::getMemInfo,  &CmpiMetricProviderLinux::getVMStat,
+      &CmpiMetricProviderLinux::getDiskStat, &CmpiMetricProviderLinux::getNetDevStat,
+  };
+  const ObjectFilters::Enumeration enumeration;
+  bool anySucceeded = false;
+  std::optional<CmpiStatus> lastFailure;
+  const auto run = [&](const auto& collector) {
+    const std::size_t before = out.size();
+    try {
+      collector();
+      anySucceeded = true;
+    } catch (const CmpiStatus& status) {
+      BRV_TRACE(kWarning, "Failed to get metric data: %s\n", status.what());
+      out.truncate(before);
+      lastFailure = status;
+    }
+  };
+  for (const auto collector : kCollectors) run([&] { (this->*collector)(out); });
+  run([&] { getFsStat(context, out); });
+  if (anySucceeded) return;
+  BRV_TRACE(kError, "Failed to get metrics data: %s\n", lastFailure->what());
+  throw *lastFailure;
+}
+
+void CmpiMetricProviderLinux::enumProvCapInstances(const CmpiContext&, CmpiList& out) {
+  createProvCapInstances(out, kProviderName);
+}
+
+std::string_view CmpiMetricProviderLinux::readFirst(std::span<const char* const> paths,
+                                                    const char* name, const char*& path) {
+  int firstError = 0;
+  for (const char* candidate : paths) {
+    const int error = m_files.read(candidate, m_buffer);
+    path = candidate;
+    if (error == 0) return m_buffer.view();
+    if (firstError == 0) firstError = error;
+  }
+  throwCmpiStatus(failed(std::string("Failed to open ") + name + ": " + std::strerror(firstError)));
+}
+
+std::string_view CmpiMetricProviderLinux::readFile(const char* path) {
+  const char* opened = nullptr;
+  return readFirst({&path, 1}, path, opened);
+}
+
+void CmpiMetricProviderLinux::getStatData(CmpiList& out) {
+  constexpr const char* kPath = "/proc/stat";
+  OddLines odd;
+  const ProcStat stat = readProcStat(readFile(kPath), odd);
+  traceOddLines(kPath, odd);
+  if (stat.totalTooShort) BRV_TRACE(kError, "CPU Wait and IRQ times not available\n");
+  if (stat.total && !stat.total->steal) BRV_TRACE(kError, "CPU Steal is time not available\n");
+  if (stat.cpuLines < 2 || stat.contextSwitches == 0 || stat.interrupts == 0)
+    throwCmpiStatus(failed("Failed to read data from /proc/stat"));
+  Values values(out);
+  if (stat.total) values.add(kTotalFigures, *stat.total, kOperatingSystem);
+  for (const ProcStat::Processor& processor : stat.processors)
+    values.add(kProcessorFigures, processor.times, std::to_string(processor.number).c_str());
+  values.add(kKernelFigures, stat, kOperatingSystem);
+}
+
+void CmpiMetricProviderLinux::getLoadAverage(CmpiList& out) {
+  constexpr const char* kPath = "/proc/loadavg";
+  OddLines odd;
+  const std::optional<LoadAverage> load = readLoadAverage(readFile(kPath), odd);
+  traceOddLines(kPath, odd);
+  if (!load) throwCmpiStatus(failed("Failed to read data from /proc/loadavg"));
+  Values(out).add(kLoadFigures, *load, kOperatingSystem);
+}
+
+void CmpiMetricProviderLinux::getMemInfo(CmpiList& out) {
+  MemInfo memory{};
+  if (!brv::getMemInfo(&memory, m_files))
+    throwCmpiStatus(failed("Failed to read memory statistics"));
+  Values(out).add(kMemoryFigures, memory, kOperatingSystem);
+}
+
+void CmpiMetricProviderLinux::getVMStat(CmpiList& out) {
+  constexpr const char* kPath = "/proc/vmstat";
+  OddLines odd;
+  const VmStat stat = readVmStat(readFile(kPath), odd);
+  traceOddLines(kPath, odd);
+  if (!stat.swappedIn && !stat.swappedOut)
+    throwCmpiStatus(failed("Failed to read data from /proc/vmstat"));
+  Values(out).add(kPagingFigures, stat, kOperatingSystem);
+}
+
+void CmpiMetricProviderLinux::getDiskStat(CmpiList& out) {
+  constexpr const char* kPath = "/proc/diskstats";
+  OddLines odd;
+  const std::vector<DiskStats> disks = readDiskStats(readFile(kPath), odd);
+  traceOddLines(kPath, odd);
+  Values values(out);
+  const std::size_t before = out.size();
+  std::string device;
+  for (const DiskStats& disk : disks) {
+    if (disk.reads == 0 && disk.writes == 0) continue;
+    constexpr std::string_view kFolder = "/dev/";
+    device.assign(kFolder).append(disk.name);
+    if (SkipFileSystem(device.c_str(), nullptr, nullptr) != 0) continue;
+    values.add(kDiskFigures, disk, device.c_str() + kFolder.size());
+  }
+  if (out.size() == before) throwCmpiStatus(failed("Failed to read data from /proc/diskstats"));
+}
+
+void CmpiMetricProviderLinux::getNetDevStat(CmpiList& out) {
+  constexpr const char* kName = "/proc/net/dev";
+  const char* path = nullptr;
+  OddLines odd;
+  const std::string_view text = readFirst(m_files.networkDevices(), kName, path);
+  const std::vector<NetDev> interfaces = readNetDev(text, odd);
+  traceOddLines(path, odd);
+  if (interfaces.empty()) throwCmpiStatus(failed("Failed to read data from /proc/net/dev"));
+  Values values(out);
+  std::string name;
+  for (const NetDev& interface : interfaces) {
+    name.assign(interface.name);
+    values.add(kNetworkFigures, interface, name.c_str());
+  }
+}
+
+void CmpiMetricProviderLinux::getFsStat(const CmpiContext&, CmpiList& out) {
+  constexpr const char* kName = "/etc/mtab";
+  const char* path = nullptr;
+  OddLines odd;
+  const MountTable table = readMountTable(readFirst(m_files.mountTables(), kName, path), odd);
+  traceOddLines(path, odd);
+
+  // What is mounted last on a place hides what was mounted there before, even when the filters
+  // leave it out itself.
+  std::unordered_map<std::string_view, const MountTable::Mount*> active(table.mounts.size());
+  for (const MountTable::Mount& mount : table.mounts) active[mount.mountPoint] = &mount;
+
+  std::vector<const MountTable::Mount*> measured;
+  std::vector<FileSystemQuery> queries;
+  for (const MountTable::Mount& mount : table.mounts) {
+    if (SkipFileSystem(mount.device, mount.mountPoint, mount.type) != 0) continue;
+    BRV_TRACE(kDetail, "Getting file system statistics from %s mounted on %s\n", mount.device,
+              mount.mountPoint);
+    if (const MountTable::Mount* top = active[mount.mountPoint]; top != &mount) {
+      BRV_TRACE(kWarning,
+                "Ignoring over mounted file system %s on %s. Currently active file system is %s\n",
+                mount.device, mount.mountPoint, top->device);
+      continue;
+    }
+    measured.push_back(&mount);
+    queries.push_back({mount.mountPoint, mount.type});
+  }
+
+  const std::vector<FileSystemInfo> answers = m_queryFileSystems(m_files, queries);
+  Values values(out);
+  for (std::size_t i = 0; i < answers.size(); ++i) {
+    const MountTable::Mount& mount = *measured[i];
+    if (answers[i].error != 0)
+      BRV_TRACE_ERRNO(kWarning, answers[i].error,
+                      "Failed to get file system statistics from %s mounted on %s", mount.device,
+                      mount.mountPoint);
+    else if (answers[i].size == 0)
+      BRV_TRACE(kDetail, "Ignoring zero size file system %s mounted on %s\n", mount.device,
+                mount.mountPoint);
+    else
+      values.add(kFileSystemFigures, answers[i], mount.mountPoint);
+  }
+}
+
+}  // namespace brv
+
+BRV_INSTANCE_MI_FACTORY(brv::CmpiMetricProviderLinux, BRV_MetricProvider)

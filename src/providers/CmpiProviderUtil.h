@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "cmpi/CmpiObjects.h"
+#include "providers/readers/LineScanner.h"
+
+namespace brv {
+
+/// The namespace that all classes of the compiled-in providers live in.
+inline constexpr const char* kProviderNamespace = "root/cimv2";
+
+/// Throws `status` after a trace of its message, or of the text of its code, with the place that
+/// throws. The last two arguments are not to be given.
+[[noreturn]] void throwCmpiStatus(const CmpiStatus& status, const char* file = __builtin_FILE(),
+                                  int line = __builtin_LINE());
+
+/// Traces the lines of the file at `path` that a reader passed over.
+void traceOddLines(const char* path, const OddLines& lines);
+
+/// The instance by which the provider tells that it serves `className`. Its class is
+/// BRV_ProviderCapabilities whatever `capabilitiesClass` says, which only becomes the
+/// CreationClassName. Both classes may be null; a null `providerName` throws code 4.
+CmpiInstance createProvCapInstance(const char* providerName, const char* className,
+                                   const char* capabilitiesClass);
+
+}  // namespace brv

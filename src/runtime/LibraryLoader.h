@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace brv {
+
+/// Opens provider libraries. Every operation gives 0 or a code of its own; the loader's own words
+/// go to the trace at level 1.
+class LibraryLoader {
+ public:
+  enum Code : int { kOk = 0, kOpenFailed = 1, kSymbolMissing = 2, kCloseFailed = 3 };
+
+  /// Opens the library at `path` with all its symbols resolved and none of them visible to the
+  /// program or to other libraries. `handle` is set on success only.
+  static int open(const std::string& path, void*& handle);
+  static int symbol(void* handle, const std::string& name, void*& address);
+  static int close(void* handle);
+};
+
+}  // namespace brv

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "runtime/Trace.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+namespace brv::trace {
+
+namespace detail {
+int level = kError;
+}
+
+namespace {
+
+std::string_view unitName(const char* file) {
+  std::string_view name(file);
+  if (const auto slash = name.rfind('/'); slash != name.npos) name.remove_prefix(slash + 1);
+  if (const auto dot = name.rfind('.'); dot != name.npos) name = name.substr(0, dot);
+  return name;
+}
+
+void writeAll(const char* text, std::size_t size) {
+  while (size > 0) {
+    const ssize_t written = ::write(STDERR_FILENO, text, size);
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return;  // nobody reads the trace; there is nowhere left to say so
+    }
+    text += written;
+    size -= static_cast<std::size_t>(written);
+  }
+}
+
+// One line, one write: lines of several processes on one terminal do not mix. Texts that the
+// buffer does not hold (a filter line of many kilobytes) are built on the heap.
+[[gnu::format(printf, 5, 0)]] void writeLine(Level level, const char* file, int line,
+                                             const char* suffix, const char* format,
+                                             va_list arguments) noexcept {
+  constexpr char kLetters[] = {'?', 'E', 'W', 'D'};
+  const std::string_view unit = unitName(file);
+  char buffer[1024];
+  char* text = buffer;
+  char* heap = nullptr;
+  const int head = std::snprintf(buffer, sizeof(buffer), "%c %.*s:%d ", kLetters[level],
+                                 static_cast<int>(unit.size()), unit.data(), line);
+  va_list again;
+  va_copy(again, arguments);
+  const int body = std::vsnprintf(nullptr, 0, format, arguments);
+  if (head > 0 && body >= 0) {
+    const std::size_t room = static_cast<std::size_t>(head) + static_cast<std::size_t>(body) +
+                             std::strlen(suffix) + sizeof(": \n");
+    if (room > sizeof(buffer)) {
+      heap = static_cast<char*>(std::malloc(room));
+      if (heap) {
+        std::memcpy(heap, buffer, static_cast<std::size_t>(head));
+        text = heap;
+      }
+    }
+    const std::size_t capacity = heap ? room : sizeof(buffer);
+    std::vsnprintf(text + head, capacity - static_cast<std::size_t>(head) - 2, format, again);
+    std::size_t size = std::strlen(text);
+    while (size > 0 && text[size - 1] == '\n') --size;
+    const int tail =
+        std::snprintf(text + size, capacity - size - 1, "%s%s", *suffix ? ": " : "", suffix);
+    size = tail > 0 ? std::strlen(text) : size;
+    text[size++] = '\n';
+    writeAll(text, size);
+  }
+  va_end(again);
+  std::free(heap);
+}
+
+}  // namespace
+
+void write(Level level, const char* file, int line, const char* format, ...) noexcept {
+  const int kept = errno;
+  va_list arguments;
+  va_start(arguments, format);
+  writeLine(level, file, line, "", format, arguments);
+  va_end(arguments);
+  errno = kept;
+}
+
+void writeSystemError(Level level, const char* file, int line, int error, const char* format,
+                      ...) noexcept {
+  const int kept = errno;
+  va_list arguments;
+  va_start(arguments, format);
+  writeLine(level, file, line, std::strerror(error), format, arguments);
+  va_end(arguments);
+  errno = kept;
+}
+
+Timer::Timer(const char* what, const char* name) : m_what(what), m_name(name) {
+  if (enabled(kDetail)) m_start = std::chrono::steady_clock::now();
+}
+
+Timer::~Timer() {
+  if (!enabled(kDetail)) return;
+  const auto spent = std::chrono::steady_clock::now() - m_start;
+  BRV_TRACE(kDetail, "%s %s took %.3f ms\n", m_what, m_name,
+            std::chrono::duration<double, std::milli>(spent).count());
+}
+
+}  // namespace brv::trace

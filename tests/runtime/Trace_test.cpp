@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "runtime/Trace.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <functional>
+#include <string>
+
+namespace brv {
+namespace {
+
+std::string traced(int level, const std::function<void()>& code) {
+  const int before = trace::level();
+  trace::setLevel(level);
+  testing::internal::CaptureStderr();
+  code();
+  const std::string text = testing::internal::GetCapturedStderr();
+  trace::setLevel(before);
+  return text;
+}
+
+TEST(Trace, LineShowsLevelUnitAndLine) {
+  const auto at = [](int line) { return " Trace_test:" + std::to_string(line) + " "; };
+  const auto all = [] {
+    BRV_TRACE(kError, "failed %d\n", 1);
+    BRV_TRACE(kWarning, "no newline");
+    BRV_TRACE(kDetail, "%s", "");
+    BRV_TRACE_ERRNO(kError, ENOENT, "Failed to open %s\n", "x");
+  };
+  const int line = __LINE__ - 5;
+  const std::string error = "E" + at(line) + "failed 1\n";
+  const std::string warning = "W" + at(line + 1) + "no newline\n";
+  const std::string detail = "D" + at(line + 2) + "\n";
+  const std::string system = "E" + at(line + 3) + "Failed to open x: No such file or directory\n";
+  EXPECT_EQ(traced(-1, all), "");
+  EXPECT_EQ(traced(0, all), "");
+  EXPECT_EQ(traced(1, all), error + system);
+  EXPECT_EQ(traced(2, all), error + warning + system);
+  EXPECT_EQ(traced(3, all), error + warning + detail + system);
+  EXPECT_EQ(traced(99, all), error + warning + detail + system);
+}
+
+TEST(Trace, ArgumentsOfADisabledLevelAreNotEvaluated) {
+  int evaluated = 0;
+  traced(1, [&] { BRV_TRACE(kWarning, "%d", ++evaluated); });
+  EXPECT_EQ(evaluated, 0);
+}
+
+// Around the size of the buffer on the stack nothing may be lost, and errno is the caller's.
+TEST(Trace, TextsOfAnyLengthArriveWhole) {
+  for (const int size :
+       {980, 990, 995, 999, 1000, 1001, 1002, 1003, 1004, 1005, 1010, 1030, 70000}) {
+    const std::string text(static_cast<std::size_t>(size), 'x');
+    errno = ERANGE;
+    const std::string line =
+        traced(1, [&] { trace::write(trace::kError, "/a/U.cpp", 7, "%s\n", text.c_str()); });
+    EXPECT_EQ(errno, ERANGE);
+    EXPECT_EQ(line, "E U:7 " + text + "\n") << size;
+    EXPECT_EQ(
+        traced(1, [&] { trace::writeSystemError(trace::kError, "U", 7, EIO, "%s", text.c_str()); }),
+        "E U:7 " + text + ": Input/output error\n")
+        << size;
+  }
+}
+
+}  // namespace
+}  // namespace brv
