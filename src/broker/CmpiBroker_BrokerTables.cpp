@@ -29,8 +29,14 @@ CMPIData Broker_invokeMethod(const CMPIBroker* record, const CMPIContext*,
   return serve<CmpiBroker_ObjectPath, CMPIData>(
       path, status, [&](CmpiBroker_ObjectPath& self, CMPIStatus& outcome) {
         return serve<CmpiBroker_Broker, CMPIData>(
-            record, &outcome, [&](CmpiBroker_Broker& broker, CMPIStatus&) {
+            record, &outcome, [&](CmpiBroker_Broker& broker, CMPIStatus& inner) {
+              // Without arguments either side may be missing.
               CmpiBroker_Args none;
+              if ((in != nullptr && in->hdl == nullptr) ||
+                  (out != nullptr && out->hdl == nullptr)) {
+                BRV_FAIL(inner, CMPI_RC_ERR_INVALID_HANDLE, "Invalid handle\n");
+                return detail::refusal<CMPIData>();
+              }
               broker.invokeMethod(self, method, in != nullptr ? CmpiBroker_Args::from(in) : none,
                                   out != nullptr ? CmpiBroker_Args::from(out) : none);
               return CMPIData{CMPI_sint32, CMPI_goodValue, {}};

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kLongestMessage = 1024;
 
-std::string formatted(const char* format, va_list arguments) {
+[[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, va_list arguments) {
   std::string message(kLongestMessage, '\0');
   const int size = std::vsnprintf(message.data(), kLongestMessage + 1, format, arguments);
   message.resize(size < 0 ? 0 : std::min(kLongestMessage, static_cast<std::size_t>(size)));

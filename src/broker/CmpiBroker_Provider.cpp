@@ -199,10 +199,10 @@ MI* CmpiBroker_Provider::createMI(Factory factory, const char* kind) {
       callProvider(thrown, [&] { return factory(m_broker.record(), contextRecord(), &status); });
   if (thrown.rc != CMPI_RC_OK) status = thrown;
   if (status.rc == CMPI_RC_OK) {
-    if (mi != nullptr) return mi;
-    BRV_TRACE(kError, "Failed to initialize provider: %s: no management interface was made\n",
-              m_info->providerName);
-    BRV_THROW(CmpiBroker_Exception("Failed to initialize provider %s", m_info->module));
+    // Counts as loaded all the same; requests for it end as an internal error.
+    if (mi == nullptr)
+      BRV_TRACE(kError, "Provider %s has made no %s interface\n", m_info->providerName, kind);
+    return mi;
   }
   const std::string text = getCMPIErrorInfo(status);
   if (status.rc != CMPI_RC_ERR_NOT_SUPPORTED)

@@ -69,7 +69,7 @@ class CmpiBroker_Provider {
   /// Looks up the entry point "<provider name>_Create_<kind>" in the open library.
   template <class Factory>
   void findFactory(Factory& factory, const char* kind);
-  /// Calls a factory and throws unless it made an interface.
+  /// Calls a factory and throws its bad status.
   template <class MI, class Factory>
   MI* createMI(Factory factory, const char* kind);
   void initInstanceMI();

@@ -36,7 +36,7 @@ template <class Owner, class Record>
 CMPIStatus cleanup(Record* record, const CMPIContext* context, CMPIBoolean terminating) noexcept {
   std::unique_ptr<Owner> owner(ownerOf<Owner>(record));
   if (terminating == 0 && !owner->provider->isUnloadable()) {
-    owner.release();
+    static_cast<void>(owner.release());
     return CMPIStatus{CMPI_RC_DO_NOT_UNLOAD, nullptr};
   }
   if (owner->provider.use_count() > 1) return CMPIStatus{CMPI_RC_OK, nullptr};

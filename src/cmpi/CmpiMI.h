@@ -109,14 +109,21 @@ CMPIMethodMI* newMI(const CMPIBroker* broker, std::shared_ptr<CmpiBaseMI> provid
 /// Turns what is being handled into a status. To be called in a catch block only.
 CMPIStatus currentExceptionToStatus(const CMPIBroker* broker) noexcept;
 
+/// The object of a provider that has MIs now, whatever their kinds.
+template <class Provider>
+std::weak_ptr<Provider>& livingProvider() {
+  static std::weak_ptr<Provider> living;
+  return living;
+}
+
 /// The body of a factory: makes the provider object, or shares the one that another MI of the same
 /// provider made, and initialises it. Null with `status` filled when the provider refuses.
 template <class Provider, class Interface>
 auto createMI(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus* status) noexcept
     -> decltype(newMI(broker, nullptr, static_cast<Interface*>(nullptr))) {
-  static std::weak_ptr<Provider> living;
   try {
     setBroker(broker);
+    std::weak_ptr<Provider>& living = livingProvider<Provider>();
     auto provider = living.lock();
     if (!provider) {
       const CmpiContext callContext(context);

@@ -58,7 +58,7 @@ std::string CmpiMetricProvider::getMeasuredElementName(const CmpiInstance& eleme
     BRV_TRACE(kError, "MeasuredElementName not available, use default (%s)\n", defaultName);
     return defaultName;
   }
-  const std::string text = CmpiString(*name).charPtr();
+  std::string text = CmpiString(*name).charPtr();
   BRV_TRACE(kDetail, "CmpiMetricProviderWin::getMetricIdentifier %s\n", text.c_str());
   return text;
 }

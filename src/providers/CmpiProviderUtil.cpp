@@ -2,25 +2,24 @@
 #include "providers/CmpiProviderUtil.h"
 
 #include <string>
-#include <string_view>
 
 #include "runtime/Trace.h"
 
 namespace brv {
 
-void throwCmpiStatus(const CmpiStatus& status, const char* file, int line) {
-  std::string_view unit(file);
-  unit.remove_prefix(unit.rfind('/') + 1);  // npos + 1 is 0
-  unit = unit.substr(0, unit.find('.'));
+void throwCmpiStatus(const CmpiStatus& status, const trace::Place& place) {
+  const std::string unit(trace::unitName(place.file));
   if (trace::enabled(trace::kDetail))
-    trace::write(trace::kDetail, file, line, "%s [%.*s %d]\n", status.what(),
-                 static_cast<int>(unit.size()), unit.data(), line);
+    trace::write(trace::kDetail, place.file, place.line, "%s [%s %d]\n", status.what(),
+                 unit.c_str(), place.line);
   throw status;
 }
 
-void traceOddLines(const char* path, const OddLines& lines) {
-  for (const std::size_t line : lines)
-    BRV_TRACE(kWarning, "%s: line %zu makes no sense and is passed over\n", path, line);
+void traceOddLines(const char* path, const OddLines& lines, const trace::Place& place) {
+  if (!trace::enabled(trace::kWarning)) return;
+  for (const std::size_t number : lines)
+    trace::write(trace::kWarning, place.file, place.line,
+                 "%s: line %zu makes no sense and is passed over\n", path, number);
 }
 
 CmpiInstance createProvCapInstance(const char* providerName, const char* className,

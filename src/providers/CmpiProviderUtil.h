@@ -3,6 +3,7 @@
 
 #include "cmpi/CmpiObjects.h"
 #include "providers/readers/LineScanner.h"
+#include "runtime/Trace.h"
 
 namespace brv {
 
@@ -10,12 +11,13 @@ namespace brv {
 inline constexpr const char* kProviderNamespace = "root/cimv2";
 
 /// Throws `status` after a trace of its message, or of the text of its code, with the place that
-/// throws. The last two arguments are not to be given.
-[[noreturn]] void throwCmpiStatus(const CmpiStatus& status, const char* file = __builtin_FILE(),
-                                  int line = __builtin_LINE());
+/// throws.
+[[noreturn]] void throwCmpiStatus(const CmpiStatus& status,
+                                  const trace::Place& place = trace::Place::current());
 
 /// Traces the lines of the file at `path` that a reader passed over.
-void traceOddLines(const char* path, const OddLines& lines);
+void traceOddLines(const char* path, const OddLines& lines,
+                   const trace::Place& place = trace::Place::current());
 
 /// The instance by which the provider tells that it serves `className`. Its class is
 /// BRV_ProviderCapabilities whatever `capabilitiesClass` says, which only becomes the

@@ -1,22 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/ObjectFiltersReader.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "providers/Settings.h"
 #include "runtime/OsUtility.h"
 #include "runtime/Trace.h"
 
 namespace brv {
 
+// A FIFO under that name, which anybody may have put into the current folder, must not make the
+// program wait: only regular files hold rules. 0 or an errno value.
+int DefaultObjectFiltersReader::openFile(const char* path, File& file) {
+  const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) return errno;
+  struct stat status {};
+  int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
+  if (error == 0 && !S_ISREG(status.st_mode)) error = EINVAL;
+  if (error == 0) file.reset(::fdopen(descriptor, "r"));
+  if (!file) ::close(descriptor);
+  return error;
+}
+
 bool DefaultObjectFiltersReader::Open() {
-  const char* path = Settings::mThis().getFilterPath().c_str();
+  const char* path = m_settings.getFilterPath().c_str();
   if (OsUtility::Access(path, F_OK) == ENOENT) return false;
-  m_file.reset(std::fopen(path, "re"));
-  if (!m_file) BRV_TRACE_ERRNO(kDetail, errno, "Failed to load filter defintion : %s", path);
+  if (const int error = openFile(path, m_file); error != 0)
+    BRV_TRACE_ERRNO(kDetail, error, "Failed to load filter defintion : %s", path);
   return m_file != nullptr;
 }
 

@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+#include "providers/Settings.h"
+
 namespace brv {
 
 /// Where ObjectFilters takes the lines of its rules from.
@@ -23,6 +25,10 @@ class ObjectFiltersReader {
 /// Reads the process's rule file.
 class DefaultObjectFiltersReader : public ObjectFiltersReader {
  public:
+  /// `settings` must outlive the reader.
+  explicit DefaultObjectFiltersReader(const Settings& settings = Settings::mThis())
+      : m_settings(settings) {}
+
   /// A missing file is no error and not traced.
   bool Open() override;
   void Close() override { m_file.reset(); }
@@ -35,7 +41,11 @@ class DefaultObjectFiltersReader : public ObjectFiltersReader {
   struct FreeMemory {
     void operator()(char* memory) const { std::free(memory); }
   };
-  std::unique_ptr<std::FILE, CloseFile> m_file;
+  using File = std::unique_ptr<std::FILE, CloseFile>;
+  static int openFile(const char* path, File& file);
+
+  const Settings& m_settings;
+  File m_file;
   std::unique_ptr<char, FreeMemory> m_line;
   std::size_t m_capacity = 0;
 };

@@ -18,13 +18,6 @@ int level = kError;
 
 namespace {
 
-std::string_view unitName(const char* file) {
-  std::string_view name(file);
-  if (const auto slash = name.rfind('/'); slash != name.npos) name.remove_prefix(slash + 1);
-  if (const auto dot = name.rfind('.'); dot != name.npos) name = name.substr(0, dot);
-  return name;
-}
-
 void writeAll(const char* text, std::size_t size) {
   while (size > 0) {
     const ssize_t written = ::write(STDERR_FILENO, text, size);
@@ -39,9 +32,9 @@ void writeAll(const char* text, std::size_t size) {
 
 // One line, one write: lines of several processes on one terminal do not mix. Texts that the
 // buffer does not hold (a filter line of many kilobytes) are built on the heap.
-[[gnu::format(printf, 5, 0)]] void writeLine(Level level, const char* file, int line,
-                                             const char* suffix, const char* format,
-                                             va_list arguments) noexcept {
+[[gnu::format(printf, 5, 0)]] [[gnu::format(printf, 5, 0)]] void writeLine(
+    Level level, const char* file, int line, const char* suffix, const char* format,
+    va_list arguments) noexcept {
   constexpr char kLetters[] = {'?', 'E', 'W', 'D'};
   const std::string_view unit = unitName(file);
   char buffer[1024];
@@ -78,6 +71,11 @@ void writeAll(const char* text, std::size_t size) {
 
 }  // namespace
 
+std::string_view unitName(std::string_view file) {
+  file.remove_prefix(file.rfind('/') + 1);  // npos + 1 is 0
+  return file.substr(0, file.rfind('.'));
+}
+
 void write(Level level, const char* file, int line, const char* format, ...) noexcept {
   const int kept = errno;
   va_list arguments;
@@ -97,15 +95,16 @@ void writeSystemError(Level level, const char* file, int line, int error, const 
   errno = kept;
 }
 
-Timer::Timer(const char* what, const char* name) : m_what(what), m_name(name) {
+Timer::Timer(const char* what, const char* name, const Place& place)
+    : m_what(what), m_name(name), m_place(place) {
   if (enabled(kDetail)) m_start = std::chrono::steady_clock::now();
 }
 
 Timer::~Timer() {
   if (!enabled(kDetail)) return;
-  const auto spent = std::chrono::steady_clock::now() - m_start;
-  BRV_TRACE(kDetail, "%s %s took %.3f ms\n", m_what, m_name,
-            std::chrono::duration<double, std::milli>(spent).count());
+  const std::chrono::duration<double, std::milli> spent =
+      std::chrono::steady_clock::now() - m_start;
+  write(kDetail, m_place.file, m_place.line, "%s %s took %.3f ms\n", m_what, m_name, spent.count());
 }
 
 }  // namespace brv::trace

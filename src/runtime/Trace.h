@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <string_view>
 
 /// The trace: diagnostic lines on standard error. It changes nothing else; standard output is the
 /// same at every level. A line shows level, unit and line before its text:
@@ -32,6 +33,9 @@ inline bool enabled(int level) {
   return detail::level >= level;
 }
 
+/// The name of the unit that a source path belongs to: its last part without extension.
+std::string_view unitName(std::string_view file);
+
 /// Writes one line; a missing newline at the end is added. `file` is a source path, of which the
 /// unit's name is shown. Never throws; `errno` is kept.
 [[gnu::format(printf, 4, 5)]] void write(Level level, const char* file, int line,
@@ -41,10 +45,20 @@ inline bool enabled(int level) {
 [[gnu::format(printf, 5, 6)]] void writeSystemError(Level level, const char* file, int line,
                                                     int error, const char* format, ...) noexcept;
 
+/// Where a call stands, as default argument of what is called (std::source_location needs Clang
+/// 16).
+struct Place {
+  const char* file;
+  int line;
+  static constexpr Place current(const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    return {file, line};
+  }
+};
+
 /// Traces at level 3 how long its scope took. `what` and `name` must outlive it.
 class Timer {
  public:
-  Timer(const char* what, const char* name);
+  Timer(const char* what, const char* name, const Place& place = Place::current());
   ~Timer();
   Timer(const Timer&) = delete;
   Timer& operator=(const Timer&) = delete;
@@ -52,6 +66,7 @@ class Timer {
  private:
   const char* m_what;
   const char* m_name;
+  Place m_place;
   std::chrono::steady_clock::time_point m_start;
 };
 

@@ -85,9 +85,8 @@ int exitStatus(pid_t child, Clock::time_point deadline) {
 }
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> result;
-  for (std::string& text : texts) result.push_back(text.data());
-  result.push_back(nullptr);
+  std::vector<char*> result(texts.size() + 1, nullptr);
+  for (std::size_t i = 0; i < texts.size(); ++i) result[i] = texts[i].data();
   return result;
 }
 
@@ -160,7 +159,7 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::filesystem::path TemporaryFolder::write(std::string_view name,
                                              std::string_view content) const {
-  const std::filesystem::path path = m_path / name;
+  std::filesystem::path path = m_path / name;
   std::filesystem::create_directories(path.parent_path());
   std::ofstream file(path, std::ios::binary);
   file.write(content.data(), static_cast<std::streamsize>(content.size()));

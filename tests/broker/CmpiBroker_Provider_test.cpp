@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "broker/CmpiBroker_Provider.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "broker/CmpiBroker_Exception.h"
+#include "broker/CmpiBroker_ProviderManager.h"
+#include "support/RunProgram.h"
+
+namespace brv {
+namespace {
+
+constexpr const char* kClasses[] = {"Some_Class", nullptr};
+
+class ProviderTest : public testing::Test {
+ protected:
+  CmpiBroker_ProviderManager m_manager{nullptr};
+  CmpiBroker_Broker m_broker{m_manager};
+};
+
+std::string whatIsThrown(const std::function<void()>& code) {
+  try {
+    code();
+  } catch (const CmpiBroker_Exception& exception) {
+    return exception.what();
+  }
+  return "(nothing)";
+}
+
+TEST_F(ProviderTest, RowsAreChecked) {
+  const auto row = [](const char* name, const char* module, std::uint32_t type) {
+    return CmpiBroker_ProviderInfo{kClasses, "root/x", name, module, type, {}, {}, {}};
+  };
+  const struct {
+    CmpiBroker_ProviderInfo row;
+    const char* message;
+  } kCases[] = {
+      {row("P", "m", 2), "(nothing)"},
+      {row("P", "m", 8), "(nothing)"},
+      {row(nullptr, "m", 2), "Invalid provider data: missing provider name"},
+      {row("P", nullptr, 2), "P: invalid provider data: missing module info"},
+      {row("P", "m", 0), "P: Unsupported provider type"},
+      {row("P", "m", 0x11), "P: Unsupported provider type"},
+  };
+  for (const auto& c : kCases)
+    EXPECT_EQ(whatIsThrown([&] { CmpiBroker_Provider provider(&c.row, m_broker); }), c.message);
+  EXPECT_EQ(whatIsThrown([&] { CmpiBroker_Provider provider(nullptr, m_broker); }),
+            "Invalid provider data");
+}
+
+TEST_F(ProviderTest, TheSearchPathBeginsWithTheEnvironments) {
+  const std::string usual =
+      "/usr/local/lib64/sfcb:/usr/local/lib64:/usr/local/lib64/cmpi:/usr/lib64/sfcb:/usr/lib64:"
+      "/usr/lib64/cmpi:/usr/local/lib/sfcb:/usr/local/lib:/usr/local/lib/cmpi:/usr/lib/sfcb:"
+      "/usr/lib:/usr/lib/cmpi";
+  ::unsetenv("LD_LIBRARY_PATH");
+  EXPECT_EQ(CmpiBroker_Provider::buildLibrarySearchPath(), usual);
+  ::setenv("LD_LIBRARY_PATH", "", 1);
+  EXPECT_EQ(CmpiBroker_Provider::buildLibrarySearchPath(), usual);
+  ::setenv("LD_LIBRARY_PATH", "/a:/b", 1);
+  EXPECT_EQ(CmpiBroker_Provider::buildLibrarySearchPath(), "/a:/b:" + usual);
+  ::unsetenv("LD_LIBRARY_PATH");
+}
+
+TEST_F(ProviderTest, StatusAndLibraryFollowLoadAndUnload) {
+  const struct {
+    const char* name;
+    const char* behaviour;
+    CmpiBroker_Provider::Status loaded;
+    const char* details;
+    bool openAfterLoad;
+    bool openInTheEnd;
+  } kCases[] = {
+      {"OSBase_NFSProvider", "serve", CmpiBroker_Provider::kLoaded, "Provider loaded successfully",
+       true, false},
+      {"OSBase_NFSProvider", "refuse", CmpiBroker_Provider::kNotSupported, "not this host", false,
+       false},
+      {"OSBase_NFSProvider", "fail", CmpiBroker_Provider::kFailed, "no luck", true, false},
+      // Its threads may still run: the library stays.
+      {"OSBase_NFSProvider", "stay", CmpiBroker_Provider::kLoaded, "Provider loaded successfully",
+       true, true},
+      {"OSBase_ProcessorProvider", "serve", CmpiBroker_Provider::kLoaded,
+       "Provider loaded successfully", true, true},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::string(c.name) + " " + c.behaviour);
+    const test::TemporaryFolder folder;
+    const std::string module = std::string("cmpi") + c.name;
+    const std::string file = folder.path() / ("lib" + module + ".so");
+    std::filesystem::copy_file(PROVIDERS_BEHAVIOUR, file);
+    ::setenv("LD_LIBRARY_PATH", folder.path().c_str(), 1);
+    ::setenv(c.name, c.behaviour, 1);
+    const CmpiBroker_ProviderInfo row{kClasses, "root/x", c.name, module.c_str(), 2, {}, {}, {}};
+    const auto isOpen = [&file] {
+      void* const handle = ::dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
+      if (handle != nullptr) ::dlclose(handle);
+      return handle != nullptr;
+    };
+    auto provider = std::make_unique<CmpiBroker_Provider>(&row, m_broker);
+    EXPECT_EQ(provider->status(), CmpiBroker_Provider::kUnloaded);
+    EXPECT_EQ(provider->getStatusDetails(), "Provider unloaded");
+    const bool good = c.loaded == CmpiBroker_Provider::kLoaded;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(whatIsThrown([&] { provider->load(); }), good ? "(nothing)" : c.details);
+    EXPECT_EQ(provider->status(), c.loaded);
+    EXPECT_EQ(provider->getStatusDetails(), c.details);
+    EXPECT_EQ(whatIsThrown([&] { provider->throwError(); }), good ? "(nothing)" : c.details);
+    EXPECT_EQ(isOpen(), c.openAfterLoad);
+    EXPECT_EQ(provider->libraryPath(), c.openAfterLoad ? file : "");
+
+    provider->unload();
+    const bool processor = c.name == std::string("OSBase_ProcessorProvider");
+    EXPECT_EQ(provider->status(), processor ? c.loaded
+                                  : c.loaded == CmpiBroker_Provider::kNotSupported
+                                      ? c.loaded
+                                      : CmpiBroker_Provider::kUnloaded);
+    EXPECT_EQ(isOpen(), c.openInTheEnd);
+    if (good) {
+      EXPECT_EQ(whatIsThrown([&] { provider->load(); }), "(nothing)");
+      EXPECT_EQ(provider->status(), CmpiBroker_Provider::kLoaded);
+    }
+    provider.reset();
+    EXPECT_EQ(isOpen(), c.openInTheEnd);
+    testing::internal::GetCapturedStderr();
+    ::unsetenv("LD_LIBRARY_PATH");
+  }
+}
+
+}  // namespace
+}  // namespace brv

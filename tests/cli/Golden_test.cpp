@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+#include <vector>
+
+#include "Cimb.h"
+
+namespace brv::test {
+namespace {
+
+using testing::ContainsRegex;
+
+constexpr const char* kValues = "-e -c BRV_MetricValue";
+
+// The expectations were worked out from the recorded files, not taken from the program.
+TEST(Golden, EveryRecordedHostReportsItsFiguresInOrder) {
+  int hosts = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dataFile("hosts"))) {
+    if (!entry.is_directory()) continue;
+    ++hosts;
+    const std::string host = entry.path().filename();
+    SCOPED_TRACE(host);
+    const ProgramResult run = runProgram(onHost(host, std::string(kValues) + " -format table"));
+    EXPECT_EQ(run.status, 0) << run.error;
+    EXPECT_EQ(firstDifference(readFile(entry.path().string() + ".expected"), figures(run.output)),
+              "");
+  }
+  EXPECT_GE(hosts, 7);
+}
+
+TEST(Golden, ADamagedHostSaysWhatFailed) {
+  const ProgramResult run = runProgram(onHost("broken", std::string(kValues) + " -T 3"));
+  for (const std::string text :
+       {"Failed to read data from /proc/stat", "Failed to read data from /proc/loadavg",
+        "Failed to read memory statistics",
+        "Failed to open /proc/vmstat: No such file or directory",
+        "Failed to read data from /proc/diskstats"}) {
+    EXPECT_THAT(run.error, ContainsRegex("\nD [A-Za-z]+:[0-9]+ " + text +
+                                         " \\[CmpiMetricProviderLinux [0-9]+\\]\n"));
+    EXPECT_THAT(run.error,
+                ContainsRegex("\nW [A-Za-z]+:[0-9]+ Failed to get metric data: " + text + '\n'));
+  }
+}
+
+TEST(Golden, EveryOddLineIsNamedWithItsFile) {
+  const ProgramResult run = runProgram(onHost("odd-lines", std::string(kValues) + " -T 2"));
+  struct File {
+    const char* name;
+    std::vector<int> lines;
+  };
+  std::size_t named = 0;
+  for (const File& file : {File{"/proc/stat", {3, 4}},
+                           {"/proc/vmstat", {1}},
+                           {"/proc/diskstats", {2, 4, 5, 6}},
+                           {"/proc/net/dev", {3, 4, 5, 6}},
+                           {"/etc/mtab", {2}}})
+    for (const int line : file.lines) {
+      ++named;
+      EXPECT_THAT(run.error, ContainsRegex(std::string("W [A-Za-z]+:[0-9]+ ") + file.name +
+                                           ": line " + std::to_string(line) + ' '));
+    }
+  std::size_t lines = 0;
+  for (std::size_t at = 0; (at = run.error.find(": line ", at)) != std::string::npos; ++at) ++lines;
+  EXPECT_EQ(lines, named);
+}
+
+TEST(Golden, OneListingLooksTheSameInEveryFormat) {
+  for (const char* format : {"tree", "flat", "table", "json"}) {
+    SCOPED_TRACE(format);
+    const ProgramResult run = cimb(std::string(kValues) + " -format " + format);
+    EXPECT_EQ(run.status, 0) << run.error;
+    const std::string file = std::string("listings/BRV_MetricValue.") + format;
+    EXPECT_EQ(firstDifference(readFile(dataFile(file)), masked(run.output)), "");
+  }
+}
+
+/// The value of the next property of this name from `position` on, which moves behind it.
+std::string nextValue(const std::string& json, const std::string& name, std::size_t& position) {
+  const std::string property = "\"Name\": \"" + name + "\",\n        \"Value\": \"";
+  position = json.find(property, position);
+  if (position == json.npos) return {};
+  const std::size_t begin = position + property.size();
+  position = json.find('"', begin);
+  return json.substr(begin, position - begin);
+}
+
+/// The classes of the loaded providers, taken from the program's own listing.
+std::vector<std::string> servedClasses() {
+  const std::string json = cimb("-provider -E -format json").output;
+  std::vector<std::string> classes;
+  for (std::size_t at = 0;;) {
+    std::istringstream names(nextValue(json, "ClassName", at));
+    if (at == json.npos) return classes;
+    if (nextValue(json, "OperationalStatus", at) != "2") continue;
+    for (std::string name; std::getline(names, name, ';');) classes.push_back(name);
+  }
+}
+
+// A class that a new provider brings needs tests/data/listings/<class>.txt, or a reason here.
+TEST(Golden, EveryServedClassHasItsListing) {
+  const std::map<std::string, std::string> withoutListing{};
+  const std::vector<std::string> classes = servedClasses();
+  EXPECT_THAT(classes, testing::IsSupersetOf({"BRV_Provider", "BRV_MetricValue",
+                                              "BRV_MetricDefinition", "BRV_ProviderCapabilities"}));
+  for (const std::string& name : classes) {
+    SCOPED_TRACE(name);
+    if (withoutListing.contains(name)) continue;
+    const ProgramResult run = cimb("-e -c " + name);
+    EXPECT_EQ(run.status, 0) << run.error;
+    const std::string output = name == "BRV_MetricValue" ? masked(run.output) : run.output;
+    EXPECT_EQ(firstDifference(readFile(dataFile("listings/" + name + ".txt")), output), "");
+  }
+}
+
+// Standard output is for results alone.
+TEST(Golden, TraceNeverChangesTheResults) {
+  for (const char* level : {"-T 0", "-T 1", "-tracelevel 2", "-T 3", "-debug", "-d"}) {
+    const ProgramResult run = cimb(std::string(kValues) + ' ' + level);
+    EXPECT_EQ(
+        firstDifference(readFile(dataFile("listings/BRV_MetricValue.txt")), masked(run.output)), "")
+        << level;
+  }
+}
+
+}  // namespace
+}  // namespace brv::test

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Cimb.h"
+
+// What stands where a kernel file belongs may be anything: the host below another root belongs to
+// somebody else.
+namespace brv::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+ProgramResult figuresBelow(const fs::path& root, const std::string& options = "") {
+  ProgramRun run = onHost(root.string(), "-e -c BRV_MetricValue -format table " + options);
+  run.deadline = std::chrono::seconds(20);
+  return runProgram(run);
+}
+
+/// A copy of the host "small-vm" whose files may be damaged.
+class DamagedHost {
+ public:
+  DamagedHost() {
+    fs::copy(dataFile("hosts/small-vm"), m_folder.path(), fs::copy_options::recursive);
+  }
+  const fs::path& path() const { return m_folder.path(); }
+  /// Where a file was that is gone now.
+  fs::path removed(const std::string& name) const {
+    fs::remove_all(path() / name);
+    return path() / name;
+  }
+  void write(const std::string& name, std::string_view content) const {
+    m_folder.write(name, content);
+  }
+
+ private:
+  TemporaryFolder m_folder;
+};
+
+TEST(HostileHosts, ARootWithoutFilesIsAnError) {
+  const TemporaryFolder folder;
+  struct Case {
+    fs::path root;
+    const char* reason;
+  };
+  for (const Case& root : {Case{folder.path() / "nothing", "No such file or directory"},
+                           {folder.write("file", "text"), "Not a directory"},
+                           {folder.path(), "No such file or directory"}}) {
+    SCOPED_TRACE(root.root);
+    const ProgramResult run = figuresBelow(root.root);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.error,
+                EndsWith(std::string("Error: Failed to open /etc/mtab: ") + root.reason + '\n'));
+  }
+}
+
+TEST(HostileHosts, TheRootMayBeNamedInManyWays) {
+  const std::string expected = readFile(dataFile("hosts/small-vm.expected"));
+  const fs::path hosts = dataFile("hosts");
+  for (const std::string root :
+       {"hosts/small-vm", "./hosts//small-vm/", "hosts/../hosts/small-vm/."}) {
+    ProgramRun run = onHost("", "-e -c BRV_MetricValue -format table");
+    run.folder = dataFile("");
+    run.environment = {"BRVCIMB_HOST_ROOT=" + root};
+    EXPECT_EQ(firstDifference(expected, figures(runProgram(run).output)), "") << root;
+  }
+}
+
+// Each of them takes the place of one file after the other; nothing waits, and the other files
+// still answer.
+TEST(HostileHosts, WhatIsNoFileCostsItsOwnFigures) {
+  using Make = int (*)(const fs::path&);
+  struct Case {
+    const char* what;
+    Make make;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {"FIFO", [](const fs::path& path) { return ::mkfifo(path.c_str(), 0600); },
+       "Invalid argument"},
+      {"folder", [](const fs::path& path) { return ::mkdir(path.c_str(), 0700); },
+       "Is a directory"},
+      {"endless device outside",
+       [](const fs::path& path) { return ::symlink("/dev/zero", path.c_str()); },
+       "No such file or directory"},
+      {"link to itself",
+       [](const fs::path& path) { return ::symlink(path.filename().c_str(), path.c_str()); },
+       "Too many levels of symbolic links"},
+      {"link through a file",
+       [](const fs::path& path) { return ::symlink("/README/x", path.c_str()); },
+       "Not a directory"},
+  };
+  struct File {
+    std::string path;
+    std::string failure;
+  };
+  const File files[] = {{"proc/stat", "Failed to open /proc/stat: "},
+                        {"proc/loadavg", "Failed to open /proc/loadavg: "},
+                        {"proc/meminfo", "Failed to read memory statistics"},
+                        {"proc/vmstat", "Failed to open /proc/vmstat: "},
+                        {"proc/diskstats", "Failed to open /proc/diskstats: "},
+                        {"proc/1/net/dev", "Failed to open /proc/net/dev: "},
+                        {"proc/1/mounts", "Failed to open /etc/mtab: "}};
+  for (const Case& odd : cases)
+    for (const File& file : files) {
+      SCOPED_TRACE(odd.what + (" in place of " + file.path));
+      const DamagedHost host;
+      ASSERT_EQ(odd.make(host.removed(file.path)), 0);
+      const ProgramResult run = figuresBelow(host.path(), "-T 2");
+      EXPECT_EQ(run.status, 0);
+      EXPECT_THAT(run.output, StartsWith("CreationClassName\t"));
+      const bool named = file.failure.ends_with(' ');
+      EXPECT_THAT(run.error, HasSubstr(file.failure + (named ? odd.reason : "") + '\n'));
+    }
+}
+
+TEST(HostileHosts, LinksStayBelowTheRoot) {
+  const std::string table = "/dev/vda1 / ext4 rw 0 0\n/dev/vda2 /boot/efi vfat rw 0 0\n";
+  struct Case {
+    const char* what;
+    std::string target;
+    bool found;
+  };
+  const TemporaryFolder outside;
+  const std::string secret = outside.write("secret", table);
+  const fs::path up = "../../../../../../../../../../..";
+  for (const Case& link : {Case{"inside, absolute", "/kept/table", true},
+                           {"inside, relative", "../kept/table", true},
+                           {"inside, up beyond the root", (up / "kept/table").string(), true},
+                           {"inside, through another link", "/etc/also", true},
+                           {"outside, absolute", secret, false},
+                           {"outside, relative", up.string() + secret, false},
+                           {"outside, of the process", "/proc/self/mounts", false},
+                           {"outside, open file", "/proc/self/fd/0", false}}) {
+    SCOPED_TRACE(link.what);
+    const DamagedHost host;
+    host.removed("proc/1/mounts");
+    host.write("kept/table", table);
+    host.write("etc/hostname", "small-vm\n");
+    fs::create_symlink("../kept/table", host.path() / "etc/also");
+    fs::create_symlink(link.target, host.path() / "etc/mtab");
+    const ProgramResult run = figuresBelow(host.path());
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(figures(run.output).ends_with("FS.AvailableSpace|<bytes>|/boot/efi\n"), link.found);
+    EXPECT_EQ(run.output.find("FS.Size") != std::string::npos, link.found);
+  }
+}
+
+// A mount point is asked about below the root, wherever it claims to lie.
+TEST(HostileHosts, MountPointsStayBelowTheRoot) {
+  const DamagedHost host;
+  host.write("proc/1/mounts",
+             "d1 /../../../../../../../../../../.. x rw 0 0\nd2 /out x rw 0 0\n"
+             "d3 relative x rw 0 0\nd4 /etc/shadow x rw 0 0\nd5 /boot/../boot/efi x rw 0 0\n");
+  fs::create_symlink("/usr", host.path() / "out");
+  const std::string lines = figures(figuresBelow(host.path()).output);
+  for (const char* missing : {"|/out\n", "|/etc/shadow\n"})
+    EXPECT_THAT(lines, Not(HasSubstr(missing)));
+  for (const char* present : {"|/../../../../../../../../../../..\n", "|/boot/../boot/efi\n"})
+    EXPECT_THAT(lines, HasSubstr(present));
+}
+
+TEST(HostileHosts, AFileThatMayNotBeReadCostsItsOwnFigures) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root reads every file";
+  const DamagedHost host;
+  fs::permissions(host.path() / "proc/stat", fs::perms::none);
+  const ProgramResult run = figuresBelow(host.path(), "-T 2");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.error, HasSubstr("Failed to open /proc/stat: Permission denied\n"));
+  EXPECT_THAT(run.output, HasSubstr("OS.LoadAverage1Min"));
+}
+
+// One byte after the other is cut off: no length of a file may trip its reader.
+TEST(HostileHosts, AFileMayEndAnywhere) {
+  for (const std::string name : {"stat", "meminfo", "diskstats", "1/net/dev", "1/mounts"}) {
+    const std::string content = readFile(dataFile("hosts/small-vm/proc/" + name));
+    const DamagedHost host;
+    for (std::size_t size = 0; size < content.size(); size += 1 + content.size() / 20) {
+      host.write("proc/" + name, std::string_view(content).substr(0, size));
+      const ProgramResult run = figuresBelow(host.path(), "-T 0");
+      EXPECT_EQ(run.status, 0) << name << " of " << size << " bytes";
+      EXPECT_THAT(run.error, IsEmpty());
+      EXPECT_THAT(run.output, StartsWith("CreationClassName\t"));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace brv::test
