@@ -52,9 +52,10 @@ const CmpiBroker_Value* CmpiBroker_Object::getProperty(int index) const {
   return nullptr;
 }
 
-const CmpiBroker_Value* CmpiBroker_Object::getProperty(std::string_view name) const {
+const CmpiBroker_Value* CmpiBroker_Object::getProperty(
+    std::string_view name, CmpiBroker_Value::Qualifiers qualifiers) const {
   for (const CmpiBroker_Value& value : properties())
-    if (sameName(value.name(), name)) return &value;
+    if (value.qualifiers() == qualifiers && sameName(value.name(), name)) return &value;
   return nullptr;
 }
 
@@ -66,11 +67,8 @@ CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
   } else if (m_properties.use_count() > 1) {
     m_properties = std::make_shared<Properties>(*m_properties);
   }
-  for (CmpiBroker_Value& value : *m_properties) {
-    if (!sameName(value.name(), name)) continue;
-    value.setQualifiers(qualifiers);
-    return value;
-  }
+  for (CmpiBroker_Value& value : *m_properties)
+    if (value.qualifiers() == qualifiers && sameName(value.name(), name)) return value;
   return m_properties->emplace_back(CmpiBroker_Context::getInstance().names().get(name),
                                     qualifiers);
 }

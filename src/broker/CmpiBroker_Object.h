@@ -24,7 +24,10 @@ class CmpiBroker_Object : public CmpiBroker_Registered {
   std::size_t getPropertyCount() const { return m_properties ? m_properties->size() : 0; }
   /// Null when there is none; an index out of range is traced.
   const CmpiBroker_Value* getProperty(int index) const;
-  const CmpiBroker_Value* getProperty(std::string_view name) const;
+  /// Keys and other properties of one name are two properties.
+  const CmpiBroker_Value* getProperty(
+      std::string_view name,
+      CmpiBroker_Value::Qualifiers qualifiers = CmpiBroker_Value::kNone) const;
 
   /// Sets or replaces a property. False when the type cannot be kept.
   bool setProperty(std::string_view name, const CMPIValue* value, CMPIType type,

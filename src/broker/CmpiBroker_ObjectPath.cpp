@@ -125,10 +125,9 @@ CmpiBroker_ObjectPath::CmpiBroker_ObjectPath(const char* nameSpace, const char* 
   if (nameSpace != nullptr) setNameSpace(nameSpace);
 }
 
-// A key may well be called "ClassName"; the path's own names are not keys.
 Text CmpiBroker_ObjectPath::text(std::string_view name) const {
   const CmpiBroker_Value* value = getProperty(name);
-  return value != nullptr && !value->isKey() ? value->toText() : Text();
+  return value != nullptr ? value->toText() : Text();
 }
 
 void CmpiBroker_ObjectPath::setText(std::string_view name, const char* text) {
@@ -140,8 +139,7 @@ bool CmpiBroker_ObjectPath::addKey(std::string_view name, const CMPIValue* value
 }
 
 const CmpiBroker_Value* CmpiBroker_ObjectPath::getKey(std::string_view name) const {
-  const CmpiBroker_Value* value = getProperty(name);
-  return value != nullptr && value->isKey() ? value : nullptr;
+  return getProperty(name, CmpiBroker_Value::kKey);
 }
 
 const CmpiBroker_Value* CmpiBroker_ObjectPath::getKey(std::size_t index) const {

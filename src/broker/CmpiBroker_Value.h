@@ -32,7 +32,7 @@ class CmpiBroker_Value {
   const Text& name() const { return m_name; }
   CMPIType type() const { return m_type; }
   bool isKey() const { return (m_qualifiers & kKey) != 0; }
-  void setQualifiers(Qualifiers qualifiers) { m_qualifiers = qualifiers; }
+  Qualifiers qualifiers() const { return m_qualifiers; }
   bool isNull() const { return std::holds_alternative<std::monostate>(m_content); }
 
   /// Whether values of this type can be kept.

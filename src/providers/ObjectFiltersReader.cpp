@@ -21,8 +21,11 @@ int DefaultObjectFiltersReader::openFile(const char* path, File& file) {
   struct stat status {};
   int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
   if (error == 0 && !S_ISREG(status.st_mode)) error = EINVAL;
-  if (error == 0) file.reset(::fdopen(descriptor, "r"));
-  if (!file) ::close(descriptor);
+  if (error == 0) {
+    file.reset(::fdopen(descriptor, "r"));
+    if (!file) error = errno;
+  }
+  if (error != 0) ::close(descriptor);
   return error;
 }
 

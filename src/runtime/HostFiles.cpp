@@ -101,20 +101,25 @@ int HostFiles::openByHand(int rootFd, std::string_view path, int flags) {
   std::vector<std::string> pending;  // components still to walk, next one last
   const auto push = [&pending](std::string_view text) {
     std::vector<std::string> components;
+    // What stands before a slash has to be a folder, at the very end too: as if a "." followed.
+    const bool wantsFolder = text.ends_with('/');
     while (!text.empty()) {
       const auto slash = std::min(text.find('/'), text.size());
-      if (slash > 0 && text.substr(0, slash) != ".") components.emplace_back(text.substr(0, slash));
+      if (slash > 0) components.emplace_back(text.substr(0, slash));
       text.remove_prefix(std::min(slash + 1, text.size()));
     }
+    if (wantsFolder) components.emplace_back(".");
     pending.insert(pending.end(), components.rbegin(), components.rend());
   };
   const auto current = [&] { return folders.empty() ? rootFd : folders.back().get(); };
 
+  if (path.empty()) return fail(ENOENT);
   int links = 0;
   push(path);
   while (!pending.empty()) {
     const std::string component = std::move(pending.back());
     pending.pop_back();
+    if (component == ".") continue;
     if (component == "..") {
       if (!folders.empty()) folders.pop_back();
       continue;

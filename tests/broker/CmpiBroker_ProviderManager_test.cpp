@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "broker/CmpiBroker_Context.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "cmpi/CmpiMI.h"
 
@@ -321,6 +322,20 @@ TEST_F(ManagerTest, RequestLists) {
     EXPECT_EQ(outcome([&](List<CIMObject>& out) { m_manager->processRequests(requests, out); }),
               c.expected);
   }
+}
+
+TEST_F(ManagerTest, TheObjectsOfARequestGoWithIt) {
+  struct Counted : CmpiBroker_Registered {
+    explicit Counted(int& destroyed) : m_destroyed(destroyed) {}
+    ~Counted() override { ++m_destroyed; }
+    int& m_destroyed;
+  };
+  int destroyed = 0;
+  for (const char* const className : {"TA", "No"}) {
+    CmpiBroker_Context::getInstance().add(std::make_unique<Counted>(destroyed));
+    enumerate(request(className));
+  }
+  EXPECT_EQ(destroyed, 2);
 }
 
 TEST_F(ManagerTest, OnlyTheThreadThatServesMayCallBack) {

@@ -36,7 +36,7 @@ TEST_F(RequestTest, KeysAndArgumentsWithAValueBecomeTexts) {
   CIMRequest given("root/cimv2", "Some_Class");
   given.setAssocClass("Assoc");
   given.setMethodName("Start");
-  given.setProperties("b=2&none&a=&ClassNameToo=x");
+  given.setProperties("b=2&none&a=&ClassName=x");
   given.setMethodArguments("n=(uint32)7&none");
   CmpiBroker_Request request(given);
   CmpiBroker_ObjectPath& path = request.objectPath();
@@ -47,6 +47,7 @@ TEST_F(RequestTest, KeysAndArgumentsWithAValueBecomeTexts) {
   EXPECT_EQ(shown(path.getKey(std::size_t{0})->name()), "b");
   EXPECT_EQ(shown(path.getKey("b")->toText()), "2");
   EXPECT_EQ(shown(path.getKey("a")->toText()), "");
+  EXPECT_EQ(shown(path.getKey("ClassName")->toText()), "x");  // the path's class is another
   EXPECT_EQ(path.getKey("a")->type(), CMPI_string);
   ASSERT_EQ(request.args().getPropertyCount(), 1u);
   EXPECT_EQ(shown(request.args().getProperty("n")->toText()), "(uint32)7");

@@ -272,7 +272,7 @@ TEST(CommandLine, TimeStampsAreNowInTheSystemsZone) {
   std::tm parts{};
   ::localtime_r(&now, &parts);
   const long minutes = parts.tm_gmtoff / 60;
-  std::array<char, 8> offset;
+  std::array<char, 32> offset;
   std::snprintf(offset.data(), offset.size(), "%+04ld", minutes);
 
   for (const char* zone : {"TZ=", "TZ=AAA-9", "TZ=BBB+7:30"}) {

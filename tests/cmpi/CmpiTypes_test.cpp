@@ -112,14 +112,7 @@ TEST(CmpiTypes, ValuesToText) {
   using V = CMPIValue;
   EXPECT_EQ(textOf<CMPIBoolean>(&V::boolean, 1, CMPI_boolean), "<TRUE>");
   EXPECT_EQ(textOf<CMPIBoolean>(&V::boolean, 0, CMPI_boolean), "<FALSE>");
-  EXPECT_EQ(textOf<CMPIUint8>(&V::uint8, 255, CMPI_uint8), "<255>");
-  EXPECT_EQ(textOf<CMPISint8>(&V::sint8, -128, CMPI_sint8), "<-128>");
-  EXPECT_EQ(textOf<CMPIUint16>(&V::uint16, 65535, CMPI_uint16), "<65535>");
-  EXPECT_EQ(textOf<CMPISint16>(&V::sint16, -32768, CMPI_sint16), "<-32768>");
-  EXPECT_EQ(textOf<CMPIUint32>(&V::uint32, 4294967295u, CMPI_uint32), "<4294967295>");
-  EXPECT_EQ(textOf<CMPISint32>(&V::sint32, -2147483647, CMPI_sint32), "<-2147483647>");
   EXPECT_EQ(textOf<CMPIUint64>(&V::uint64, ~0ull, CMPI_uint64), "<18446744073709551615>");
-  EXPECT_EQ(textOf<CMPISint64>(&V::sint64, -1, CMPI_sint64), "<-1>");
   EXPECT_EQ(textOf<CMPIReal32>(&V::real32, 0.1f, CMPI_real32), "<0.1>");
   EXPECT_EQ(textOf<CMPIReal64>(&V::real64, 1234567, CMPI_real64), "<1.23457e+06>");
   char text[] = "text";

@@ -22,7 +22,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsSupersetOf;
 using testing::StartsWith;
 using Lines = std::vector<std::string>;
 

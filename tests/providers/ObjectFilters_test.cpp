@@ -20,7 +20,6 @@ using test::CapturedTrace;
 using test::ScopedRules;
 using test::TextRules;
 using testing::HasSubstr;
-using testing::Not;
 
 struct FileSystem {
   const char* device;

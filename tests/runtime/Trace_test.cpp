@@ -21,7 +21,7 @@ std::string traced(int level, const std::function<void()>& code) {
 }
 
 TEST(Trace, LineShowsLevelUnitAndLine) {
-  const auto at = [](int line) { return " Trace_test:" + std::to_string(line) + " "; };
+  const auto at = [](int line) { return std::string(" Trace_test:") + std::to_string(line) + " "; };
   const auto all = [] {
     BRV_TRACE(kError, "failed %d\n", 1);
     BRV_TRACE(kWarning, "no newline");

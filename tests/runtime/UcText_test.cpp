@@ -57,7 +57,7 @@ TEST(UcText, BytesThatAreNoUtf8AreFoundAndReplacedOneByOne) {
     UcText uc;
     EXPECT_EQ(utf8CharacterLength(c.utf8), 0u) << testing::PrintToString(c.utf8);
     EXPECT_FALSE(utf8ToUc(std::string("ok") + std::string(c.utf8), uc));
-    const std::string repaired = toValidUtf8("<" + std::string(c.utf8) + ">");
+    const std::string repaired = toValidUtf8(std::string("<").append(c.utf8).append(">"));
     EXPECT_EQ(repaired.front(), '<');
     EXPECT_EQ(repaired.back(), '>');
     EXPECT_TRUE(utf8ToUc(repaired, uc));

@@ -22,7 +22,7 @@ static const CMPIResult* rs;
 static CMPIStatus status;
 static CMPIStatus* S;
 static char first[400][160];
-static int calls;
+static size_t calls;
 
 static void returnLine(const char* line) {
   CMPIObjectPath* path = ef->newObjectPath(br, "root/cimv2", "Linux_OperatingSystem", NULL);
@@ -34,6 +34,7 @@ static void returnLine(const char* line) {
 /* A negative code: the call takes no status record. A message of the status is shown too. */
 static void report(const char* call, int code, const char* result) {
   char line[512];
+  if (calls == sizeof(first) / sizeof(first[0])) abort();
   if (S == NULL) {
     if (strcmp(first[calls++], result) == 0) return;
     snprintf(line, sizeof(line), "without status: %s => %s", call, result);

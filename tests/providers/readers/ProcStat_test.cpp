@@ -8,8 +8,6 @@
 namespace brv {
 namespace {
 
-using testing::ElementsAre;
-
 ProcStat read(std::string_view text, const OddLines& expectedOdd = {}) {
   OddLines odd;
   ProcStat stat = readProcStat(text, odd);
