@@ -50,7 +50,9 @@ int Ext_joinThread(void* thread, void** result) {
   return pthread_join(toThread(thread), result);
 }
 
+// The thread that serves the request is not the provider's to end.
 int Ext_exitThread(void* result) {
+  if (CmpiBroker_Context::isServingThread()) return EPERM;
   pthread_exit(result);
 }
 

@@ -6,6 +6,7 @@
 
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_Table.h"
+#include "cmpi/CmpiTypes.h"
 #include "runtime/Threads.h"
 #include "runtime/Trace.h"
 
@@ -14,6 +15,7 @@ namespace brv {
 namespace {
 
 ThreadKey m_tsdkey;
+int g_users = 0;  // of the slot: one per manager
 
 constexpr CMPIContextFT kContextTable = {
     kTableVersion,
@@ -33,7 +35,7 @@ std::vector<CmpiBroker_Context::ContainerFactory>& containerFactories() {
 }  // namespace
 
 CmpiBroker_Context::CmpiBroker_Context() : m_record{this, &kContextTable} {
-  for (const ContainerFactory factory : containerFactories()) m_containers.add(factory().release());
+  for (const ContainerFactory factory : containerFactories()) m_containers.add(factory());
 }
 
 CmpiBroker_Context::~CmpiBroker_Context() {
@@ -45,6 +47,8 @@ void CmpiBroker_Context::deleteContext(void* context) {
 }
 
 void CmpiBroker_Context::init() {
+  setServingThread();
+  if (g_users++ > 0) return;
   if (const int code = m_tsdkey.create(deleteContext))
     BRV_TRACE(kError, "Failed to create TSD key: %s\n", ThrErrToStr(code));
 }
@@ -52,6 +56,7 @@ void CmpiBroker_Context::init() {
 void CmpiBroker_Context::destroy() {
   deleteContext(m_tsdkey.get());
   m_tsdkey.set(nullptr);
+  if (--g_users > 0) return;
   if (const int code = m_tsdkey.destroy())
     BRV_TRACE(kError, "Failed to delete TSD key: %s\n", ThrErrToStr(code));
 }
@@ -76,6 +81,12 @@ CmpiBroker_ContextContainer& CmpiBroker_Context::getContainer(const char* name) 
     if (std::strcmp(container.name(), name) == 0) return container;
   BRV_TRACE(kError, "No factory for container '%s' available\n", name);
   BRV_THROW(CmpiBroker_Exception("No factory for container '%s' available", name));
+}
+
+const Text& CmpiBroker_Context::typeName(CMPIType type) {
+  for (const auto& [known, name] : m_typeNames)
+    if (known == type) return name;
+  return m_typeNames.emplace_back(type, Text::fromChars(CMPITypeToCIMTypeString(type))).second;
 }
 
 void CmpiBroker_Context::link(CmpiBroker_Registered* object) {

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cimobject/List.h"
@@ -48,10 +49,14 @@ class CmpiBroker_Context {
   CmpiBroker_Context(const CmpiBroker_Context&) = delete;
   CmpiBroker_Context& operator=(const CmpiBroker_Context&) = delete;
 
-  /// Creates the thread-specific slot; called before the first getInstance.
+  /// Creates the thread-specific slot; called before the first getInstance. The calling thread
+  /// serves requests from now on.
   static void init();
-  /// Ends the calling thread's context and deletes the slot.
+  /// Ends the calling thread's context and deletes the slot, once for each init.
   static void destroy();
+  /// Whether requests are served on the calling thread; no other may use the broker.
+  static bool isServingThread() { return t_serving; }
+  static void setServingThread() { t_serving = true; }
   static CmpiBroker_Context& getInstance();
   /// Registers a kind of container, which contexts created from now on have. The same factory
   /// counts once.
@@ -79,17 +84,22 @@ class CmpiBroker_Context {
   /// Shared texts of property names, and of values that repeat.
   TextPool& names() { return m_names; }
   TextPool& values() { return m_values; }
+  /// The CIM name of a type as a shared text; null for a type that has none.
+  const Text& typeName(CMPIType type);
 
  private:
   CmpiBroker_Context();
   static void deleteContext(void* context);
   void link(CmpiBroker_Registered* object);
 
+  static inline thread_local bool t_serving = false;
+
   CMPIContext m_record;
   CmpiBroker_Registered* m_newest = nullptr;
   List<CmpiBroker_ContextContainer> m_containers;
   TextPool m_names;
   TextPool m_values;
+  std::vector<std::pair<CMPIType, Text>> m_typeNames;  // those met so far, a handful
 };
 
 }  // namespace brv

@@ -10,9 +10,8 @@ namespace brv {
 namespace {
 
 CMPIStatus Enumeration_Release(CMPIEnumeration* record) {
-  return serveStatus<CmpiBroker_Enumeration>(record, [](CmpiBroker_Enumeration& self, CMPIStatus&) {
-    CmpiBroker_Context::getInstance().destroyObject(&self);
-  });
+  return serveStatus<CmpiBroker_Enumeration>(
+      record, [](CmpiBroker_Enumeration& self, CMPIStatus&) { self.release(); });
 }
 
 CMPIData Enumeration_GetNext(const CMPIEnumeration* record, CMPIStatus* status) {
@@ -56,8 +55,14 @@ CmpiBroker_Enumeration& CmpiBroker_Enumeration::toInstanceEnum(List<CIMObject>& 
 CMPIInstance* CmpiBroker_Enumeration::getNext() {
   if (!hasNext()) return nullptr;
   auto instance = std::make_unique<CmpiBroker_Instance>();
-  instance->load(m_objects[m_cursor++], false);
+  instance->load(m_objects[m_cursor], false);
+  m_objects[m_cursor++].ClearAndFree();
   return CmpiBroker_Context::getInstance().add(std::move(instance)).record();
+}
+
+void CmpiBroker_Enumeration::release() {
+  hdl = nullptr;
+  m_objects.clear();
 }
 
 }  // namespace brv

@@ -27,6 +27,8 @@ class CmpiBroker_Enumeration : public CmpiBroker_Registered, private CMPIEnumera
   bool hasNext() const { return m_cursor < m_objects.size(); }
   /// The next instance, as a new object of the context; null behind the last.
   CMPIInstance* getNext();
+  /// Drops what is left. The handle becomes invalid, the object stays with the context.
+  void release();
 
  private:
   List<CIMObject> m_objects;

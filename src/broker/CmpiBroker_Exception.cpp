@@ -14,10 +14,20 @@ namespace {
 
 constexpr std::size_t kLongestMessage = 1024;
 
+// Cuts a message that is too long, not in the middle of a character.
+void cut(std::string& message) {
+  if (message.size() <= kLongestMessage) return;
+  std::size_t size = kLongestMessage;
+  while (size > 0 && (static_cast<unsigned char>(message[size]) & 0xC0) == 0x80) --size;
+  message.resize(size);
+}
+
 [[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, va_list arguments) {
-  std::string message(kLongestMessage, '\0');
-  const int size = std::vsnprintf(message.data(), kLongestMessage + 1, format, arguments);
-  message.resize(size < 0 ? 0 : std::min(kLongestMessage, static_cast<std::size_t>(size)));
+  // One more than the longest shows what the cut would split.
+  std::string message(kLongestMessage + 1, '\0');
+  const int size = std::vsnprintf(message.data(), message.size() + 1, format, arguments);
+  message.resize(size < 0 ? 0 : std::min(message.size(), static_cast<std::size_t>(size)));
+  cut(message);
   return message;
 }
 
@@ -25,7 +35,7 @@ constexpr std::size_t kLongestMessage = 1024;
 
 CmpiBroker_Exception::CmpiBroker_Exception(CMPIrc code, std::string message)
     : m_code(code), m_message(std::move(message)) {
-  if (m_message.size() > kLongestMessage) m_message.resize(kLongestMessage);
+  cut(m_message);
 }
 
 CmpiBroker_Exception::CmpiBroker_Exception(const CMPIStatus& status)
@@ -46,7 +56,7 @@ CmpiBroker_Exception::CmpiBroker_Exception(const CMPIStatus& status, const char*
   m_message = formatted(format, arguments);
   va_end(arguments);
   m_message += ": " + getCMPIErrorInfo(status);
-  if (m_message.size() > kLongestMessage) m_message.resize(kLongestMessage);
+  cut(m_message);
 }
 
 UcText CmpiBroker_Exception::getErrorInfoU() const {

@@ -20,12 +20,6 @@ bool sameName(const Text& name, std::string_view other) {
   return own.size() == other.size() && strncasecmp(own.data(), other.data(), own.size()) == 0;
 }
 
-// The CIM names of types as shared texts: one per type for a whole list of results.
-Text typeText(CMPIType type) {
-  const char* name = CMPITypeToCIMTypeString(type);
-  return name != nullptr ? CmpiBroker_Context::getInstance().names().get(name) : Text();
-}
-
 // External array texts separate elements by " | "; the broker's own form is ";".
 std::string withBrokerSeparators(std::string_view text) {
   std::string out;
@@ -75,7 +69,7 @@ CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
 
 bool CmpiBroker_Object::setProperty(std::string_view name, const CMPIValue* value, CMPIType type,
                                     CmpiBroker_Value::Qualifiers qualifiers) {
-  if (!CmpiBroker_Value::canKeep(type)) return false;
+  if (value != nullptr && !CmpiBroker_Value::canKeep(type)) return false;
   return propertyToSet(name, qualifiers).set(value, type);
 }
 
@@ -113,9 +107,10 @@ void CmpiBroker_Object::load(const CIMObject& object, bool keepEmptyAsNull) {
 }
 
 void CmpiBroker_Object::toCIMObject(const Properties& properties, CIMObject& object) {
+  CmpiBroker_Context& context = CmpiBroker_Context::getInstance();
   object.reserve(object.GetCurrentSize() + properties.size());
   for (const CmpiBroker_Value& value : properties)
-    object.Add(value.name(), value.toText(), typeText(value.type()));
+    object.Add(value.name(), value.toText(), context.typeName(value.type()));
 }
 
 std::shared_ptr<CmpiBroker_Object::Properties> CmpiBroker_Object::snapshot() {

@@ -131,6 +131,7 @@ Text CmpiBroker_ObjectPath::text(std::string_view name) const {
 }
 
 void CmpiBroker_ObjectPath::setText(std::string_view name, const char* text) {
+  if (text != nullptr && *text == '\0') text = nullptr;
   setProperty(name, static_cast<const CMPIValue*>(static_cast<const void*>(text)), CMPI_chars);
 }
 

@@ -20,7 +20,7 @@ class CmpiBroker_ObjectPath : public CmpiBroker_Object, private CMPIObjectPath {
   }
   CMPIObjectPath* record() { return this; }
 
-  // Null when not set; setting null takes the text away.
+  // Null when not set; setting null or the empty text takes it away.
   Text getClassName() const { return text("ClassName"); }
   Text getNameSpace() const { return text("NameSpace"); }
   Text getHostName() const { return text("HostName"); }

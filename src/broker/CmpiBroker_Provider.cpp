@@ -69,9 +69,10 @@ const CMPIContext* contextRecord() {
   return CmpiBroker_Context::getInstance().record();
 }
 
-void checkConvertible(const std::string& text) {
+// Names go through the host runtime's characters.
+void checkUtf8(const std::string& text, std::size_t limit) {
   UcText converted;
-  if (utf8ToUc(text, converted, kLongestModule)) return;
+  if (utf8ToUc(text, converted, limit)) return;
   BRV_TRACE(kError, "Failed to convert '%s' to BRV_UC\n", text.c_str());
   BRV_THROW(CmpiBroker_InternalErrorException());
 }
@@ -113,11 +114,14 @@ void CmpiBroker_Provider::checkProviderInfo() const {
     BRV_THROW(CmpiBroker_Exception("%s: Unsupported provider type", name));
 }
 
-bool CmpiBroker_Provider::serves(std::string_view className, std::string_view nameSpace) const {
-  if (m_info->classes == nullptr || nameSpace != m_info->nameSpace) return false;
-  for (const char* const* name = m_info->classes; *name != nullptr; ++name)
+bool CmpiBroker_Provider::serves(std::string_view className) const {
+  for (const char* const* name = m_info->classes; name != nullptr && *name != nullptr; ++name)
     if (className == *name) return true;
   return false;
+}
+
+bool CmpiBroker_Provider::serves(std::string_view className, std::string_view nameSpace) const {
+  return m_info->nameSpace != nullptr && nameSpace == m_info->nameSpace && serves(className);
 }
 
 std::string CmpiBroker_Provider::getStatusDetails() const {
@@ -150,7 +154,7 @@ bool CmpiBroker_Provider::needsLibrary() const {
 
 void CmpiBroker_Provider::loadLibrary() {
   if (m_library != nullptr) return;
-  checkConvertible(m_info->module);
+  checkUtf8(m_info->module, kLongestModule);
   const std::string searchPath = buildLibrarySearchPath();
   std::string_view rest = searchPath;
   std::string path;
@@ -175,7 +179,7 @@ void CmpiBroker_Provider::findFactory(Factory& factory, const char* kind) {
   if (m_library == nullptr) return;
   std::string symbol = std::string(m_info->providerName) + "_Create_" + kind;
   if (symbol.size() > kLongestSymbol) symbol.resize(kLongestSymbol);
-  checkConvertible(symbol);
+  checkUtf8(symbol, kLongestSymbol);
   void* address = nullptr;
   if (const int code = LibraryLoader::symbol(m_library, symbol, address)) {
     BRV_TRACE(kError, "Failed to load init function %s from provider library %s (rc = %d)\n",
@@ -249,7 +253,7 @@ void CmpiBroker_Provider::load() {
     m_status = kNotSupported;
     m_statusDetails = exception.what();
     throw;
-  } catch (const CmpiBroker_Exception& exception) {
+  } catch (const std::exception& exception) {
     m_status = kFailed;
     m_statusDetails = exception.what();
     throw;
@@ -263,11 +267,12 @@ void CmpiBroker_Provider::cleanup(MI* mi, const char* kind) {
       callProvider([mi] { return mi->ft->cleanup(mi, contextRecord(), CMPIBoolean{1}); });
   if (status.rc == CMPI_RC_OK) return;
   BRV_TRACE(kError, "Failed to cleanup %s provider: %s\n", kind, getCMPIErrorInfo(status).c_str());
-  if (status.rc == CMPI_RC_DO_NOT_UNLOAD || status.rc == CMPI_RC_NEVER_UNLOAD) m_keepLibrary = true;
+  if (status.rc == CMPI_RC_DO_NOT_UNLOAD || status.rc == CMPI_RC_NEVER_UNLOAD)
+    m_keepsLibrary = true;
 }
 
 void CmpiBroker_Provider::closeLibrary() {
-  if (m_library != nullptr && !m_keepLibrary)
+  if (m_library != nullptr && !m_keepsLibrary)
     if (const int code = LibraryLoader::close(m_library))
       BRV_TRACE(kError, "Failed to unload library %s (rc = %d)\n", m_info->module, code);
   // What came out of the library must be looked up again in the next one that is opened.
@@ -283,6 +288,7 @@ void CmpiBroker_Provider::unload() {
   if (m_status == kUnloaded || m_status == kNotSupported) return;
   if (m_info->module == kNeverUnloaded) {
     BRV_TRACE(kDetail, "Skipping unload of faulty %s\n", m_libraryPath.c_str());
+    m_keepsLibrary = m_library != nullptr;
     return;
   }
   m_status = kUnloading;
@@ -310,7 +316,7 @@ void CmpiBroker_Provider::enumInstances(CmpiBroker_Request& request, List<CIMObj
               return function(m_instanceMI, contextRecord(), result.record(),
                               request.objectPath().record(), nullptr);
             }));
-  result.getObjects(out);
+  result.getObjects(out, m_library == nullptr);
 }
 
 void CmpiBroker_Provider::associators(CmpiBroker_Request& request, List<CIMObject>& out) {
@@ -324,7 +330,7 @@ void CmpiBroker_Provider::associators(CmpiBroker_Request& request, List<CIMObjec
                               request.objectPath().record(), request.assocClass().c_str(), nullptr,
                               nullptr, nullptr, nullptr);
             }));
-  result.getObjects(out);
+  result.getObjects(out, m_library == nullptr);
 }
 
 void CmpiBroker_Provider::invokeMethod(CmpiBroker_Request& request, List<CIMObject>& out) {
@@ -340,7 +346,7 @@ void CmpiBroker_Provider::invokeMethod(CmpiBroker_Request& request, List<CIMObje
                               request.objectPath().record(), request.methodName().c_str(),
                               request.args().record(), outArguments.record());
             }));
-  result.getObjects(out);
+  result.getObjects(out, m_library == nullptr);
   if (outArguments.getPropertyCount() > 0) outArguments.toCIMObject(out.emplace());
 }
 

@@ -44,12 +44,16 @@ class CmpiBroker_Provider {
   virtual void invokeMethod(CmpiBroker_Request& request, List<CIMObject>& out);
 
   const CmpiBroker_ProviderInfo& info() const { return *m_info; }
+  bool serves(std::string_view className) const;
   bool serves(std::string_view className, std::string_view nameSpace) const;
   Status status() const { return m_status; }
   /// What the last load failed of, otherwise what the status means.
   std::string getStatusDetails() const;
   /// The full path of the library that was opened; empty when none was.
   const std::string& libraryPath() const { return m_libraryPath; }
+  /// Whether a library stays open for good: it does not survive being closed, or its threads may
+  /// still run.
+  bool keepsLibrary() const { return m_keepsLibrary; }
   /// Throws the failure of an earlier load again; does nothing when there is none.
   void throwError() const;
 
@@ -58,7 +62,6 @@ class CmpiBroker_Provider {
   static std::string buildLibrarySearchPath();
 
  protected:
-  CmpiBroker_Broker& broker() const { return m_broker; }
   void setStatus(Status status) { m_status = status; }
 
  private:
@@ -87,7 +90,7 @@ class CmpiBroker_Provider {
   CMPIAssociationMI* m_associationMI = nullptr;
   CMPIMethodMI* m_methodMI = nullptr;
   void* m_library = nullptr;
-  bool m_keepLibrary = false;  // the provider's threads may still run in it
+  bool m_keepsLibrary = false;
   CMPICreateInstanceMI m_createInstanceMI = nullptr;
   CMPICreateAssociationMI m_createAssociationMI = nullptr;
   CMPICreateMethodMI m_createMethodMI = nullptr;

@@ -90,6 +90,7 @@ class CmpiBroker_ProviderManager::Serving {
  public:
   explicit Serving(MutexLock& lock) : m_lock(lock) {
     if (!lock.Lock()) BRV_THROW(CmpiBroker_InternalErrorException());
+    CmpiBroker_Context::setServingThread();
   }
   ~Serving() {
     CmpiBroker_Context::getInstance().release();
@@ -140,7 +141,7 @@ void CmpiBroker_ProviderManager::loadProvider(CmpiBroker_Provider& provider) {
   } catch (const CmpiBroker_NotSupportedException& exception) {
     BRV_TRACE(kWarning, "ProviderManager: %s not loaded: %s\n", name, exception.what());
     throw;
-  } catch (const CmpiBroker_Exception& exception) {
+  } catch (const std::exception& exception) {
     BRV_TRACE(kError, "ProviderManager: Failed to load %s: %s\n", name, exception.what());
     throw;
   }
@@ -163,7 +164,7 @@ void CmpiBroker_ProviderManager::loadProviders(const Providers& providers, bool 
       outcome.succeeded();
     } catch (const CmpiBroker_NotSupportedException&) {
       // The host is not one that this provider serves: no failure.
-    } catch (const CmpiBroker_Exception&) {
+    } catch (const std::exception&) {
       outcome.failed();
     }
   }
@@ -211,7 +212,7 @@ void CmpiBroker_ProviderManager::ask(CmpiBroker_Request& request, const Text& cl
       const RequestStackContainer::Entry entry(stack, *provider);
       (provider->*operation)(request, out);
       outcome.succeeded();
-    } catch (const CmpiBroker_Exception&) {
+    } catch (const std::exception&) {
       outcome.failed();
     }
   }
@@ -278,7 +279,7 @@ void CmpiBroker_ProviderManager::enumAllInstancesInt(const CIMRequest& request,
         const RequestStackContainer::Entry entry(stack, *provider);
         provider->enumInstances(brokerRequest, objects);
         outcome.succeeded();
-      } catch (const CmpiBroker_Exception&) {
+      } catch (const std::exception&) {
         outcome.failed();
       }
       if (request.hasIncludeMetaData() != 0) includeMetadata(objects, Text(*name));
@@ -336,22 +337,20 @@ void CmpiBroker_ProviderManager::enumAllInstances(const CIMRequest& request, Lis
 
 void CmpiBroker_ProviderManager::processRequests(const List<CIMRequest>& requests,
                                                  List<CIMObject>& out) {
-  List<CIMObject> objects;
   bool succeeded = false;
   std::exception_ptr lastFailure;
   for (const CIMRequest& request : requests) {
     const Serving serving(m_lock);
     try {
-      processRequest(request, objects);
+      processRequest(request, out);
       succeeded = true;
-    } catch (const CmpiBroker_Exception& exception) {
+    } catch (const std::exception& exception) {
       if (request.hasContinueOnError() == 0) throw;
       BRV_TRACE(kError, "%s\n", exception.what());
       lastFailure = std::current_exception();
     }
   }
   if (!succeeded && lastFailure) std::rethrow_exception(lastFailure);
-  out.moveAll(objects);
 }
 
 void CmpiBroker_ProviderManager::getCapabilities(List<CIMObject>& out) {
@@ -391,6 +390,11 @@ std::unique_ptr<CIMObject> CmpiBroker_ProviderManager::getOLMODComputerSystem(
 void CmpiBroker_ProviderManager::release() {
   const Serving serving(m_lock);
   for (CmpiBroker_Provider& provider : m_providers) provider.unload();
+}
+
+bool CmpiBroker_ProviderManager::keepsLibraries() const {
+  return std::any_of(m_providers.begin(), m_providers.end(),
+                     [](const CmpiBroker_Provider& provider) { return provider.keepsLibrary(); });
 }
 
 }  // namespace brv

@@ -20,11 +20,12 @@ namespace brv {
 /// class, runs requests through them in table order and collects what they return.
 ///
 /// Every public operation takes the manager's lock, throws CmpiBroker_Exception, and ends with the
-/// objects of the request destroyed. Results are appended to the caller's list only when the
-/// operation succeeds.
+/// objects of the request destroyed. A request's results are appended to the caller's list only
+/// when it succeeds.
 ///
 /// One rule holds in every loop over providers and requests: with continue-on-error a failure is
 /// passed over, and the last one is thrown when nothing succeeded; without it the first is thrown.
+/// A provider that refuses this host has neither failed nor succeeded.
 class CmpiBroker_ProviderManager {
  public:
   /// `table` ends with a row without a provider name and must outlive the manager.
@@ -52,6 +53,9 @@ class CmpiBroker_ProviderManager {
   std::vector<CmpiBroker_Provider*> getLoadedProviderList();
   /// Unloads every provider.
   void release();
+  /// After release: whether some library stays open for good, so that the process has to end
+  /// without running its finalisers and without taking the broker from under its threads.
+  bool keepsLibraries() const;
 
   // For the broker and its providers, while a public operation holds the lock.
 

@@ -86,8 +86,7 @@ void CmpiBroker_ProviderProvider::enumInstances(CmpiBroker_Request& request, Lis
   for (const CmpiBroker_Provider& provider : m_manager.providers()) {
     if (listing) {
       describe(provider, out.emplace());
-    } else if (provider.status() == kLoaded &&
-               !provider.serves(kCapabilitiesClass, provider.info().nameSpace)) {
+    } else if (provider.status() == kLoaded && !provider.serves(kCapabilitiesClass)) {
       describeCapabilities(provider.info(), out);
     }
   }

@@ -55,12 +55,12 @@ constexpr CMPIResultFT kResultTable = {
 
 CmpiBroker_Result::CmpiBroker_Result() : CMPIResult{this, &kResultTable} {}
 
-void CmpiBroker_Result::getObjects(List<CIMObject>& out) {
+void CmpiBroker_Result::getObjects(List<CIMObject>& out, bool spend) {
   out.reserve(out.size() + m_objects.size());
   for (std::shared_ptr<CmpiBroker_Object::Properties>& object : m_objects) {
     CmpiBroker_Object::toCIMObject(*object, out.emplace());
     // Shared with the instance alone: no other result needs them.
-    if (object.use_count() <= 2) CmpiBroker_Object::Properties().swap(*object);
+    if (spend && object.use_count() <= 2) CmpiBroker_Object::Properties().swap(*object);
     object.reset();
   }
   m_objects.clear();

@@ -23,10 +23,10 @@ class CmpiBroker_Result : private CMPIResult {
   CMPIResult* record() { return this; }
 
   void add(CmpiBroker_Object& object) { m_objects.push_back(object.snapshot()); }
-  /// Converts what was returned, in order, to the end of `out`, and empties the result. To be
-  /// called when the provider's call is over: returned instances lose their properties, so that no
-  /// second copy of the results lives until the request ends.
-  void getObjects(List<CIMObject>& out);
+  /// Converts what was returned, in order, to the end of `out`, and empties the result. `spend`:
+  /// the provider's call is over and it keeps no instance, so the returned ones lose their
+  /// properties and no second copy of the results lives until the request ends.
+  void getObjects(List<CIMObject>& out, bool spend);
 
  private:
   std::vector<std::shared_ptr<CmpiBroker_Object::Properties>> m_objects;

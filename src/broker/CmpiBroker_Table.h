@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "broker/CmpiBroker_Context.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "cmpi/cmpi.h"
 #include "runtime/Trace.h"
@@ -41,6 +42,16 @@ Result refusal() {
 
 inline void tellRefusal(CMPIStatus* status) {
   if (status != nullptr) *status = {CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
+}
+// What else a function hands out through its arguments is empty as well.
+inline void tellRefusal(CMPIMsgFileHandle* handle) {
+  if (handle != nullptr) *handle = nullptr;
+}
+inline void tellRefusal(CMPIArray** array) {
+  if (array != nullptr) *array = nullptr;
+}
+inline void tellRefusal(CMPIString** text) {
+  if (text != nullptr) *text = nullptr;
 }
 template <class Argument>
 void tellRefusal(Argument) {}
@@ -79,26 +90,40 @@ struct Refused {
 template <detail::Literal Text>
 inline constexpr Refused<Text> refused{};
 
-/// Runs `body(object, status)` for the broker object behind `record` and gives its result. A
-/// missing record is code 4, an empty handle code 60, and whatever is thrown becomes a status:
-/// nothing leaves a function table.
-template <class Object, class Result, class Record, class Body>
-Result serve(const Record* record, CMPIStatus* status, const Body& body) noexcept {
+/// Runs `body(status)` and gives its result. Whatever is thrown becomes a status: nothing leaves a
+/// function table. Objects belong to the context of the thread that serves the request, so threads
+/// that a provider started are refused.
+template <class Result, class Body>
+Result guarded(CMPIStatus* status, const Body& body) noexcept {
   CMPIStatus outcome{CMPI_RC_OK, nullptr};
   Result result = detail::refusal<Result>();
-  if (record == nullptr) {
-    BRV_FAIL(outcome, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid argument\n");
-  } else if (record->hdl == nullptr) {
-    BRV_FAIL(outcome, CMPI_RC_ERR_INVALID_HANDLE, "Invalid handle\n");
+  if (!CmpiBroker_Context::isServingThread()) {
+    BRV_FAIL(outcome, CMPI_RC_ERR_FAILED, "This thread cannot use the broker\n");
   } else {
     try {
-      result = body(Object::from(record), outcome);
+      result = body(outcome);
     } catch (...) {
       outcome = currentExceptionToStatus();
     }
   }
   if (status != nullptr) *status = outcome;
   return result;
+}
+
+/// The same with `body(object, status)` for the broker object behind `record`: a missing record is
+/// code 4, an empty handle code 60.
+template <class Object, class Result, class Record, class Body>
+Result serve(const Record* record, CMPIStatus* status, const Body& body) noexcept {
+  return guarded<Result>(status, [&](CMPIStatus& outcome) -> Result {
+    if (record == nullptr) {
+      BRV_FAIL(outcome, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid argument\n");
+    } else if (record->hdl == nullptr) {
+      BRV_FAIL(outcome, CMPI_RC_ERR_INVALID_HANDLE, "Invalid handle\n");
+    } else {
+      return body(Object::from(record), outcome);
+    }
+    return detail::refusal<Result>();
+  });
 }
 
 /// The same for functions that return the status itself: `body(object, status)`.
@@ -110,20 +135,6 @@ CMPIStatus serveStatus(const Record* record, const Body& body) noexcept {
     return true;
   });
   return status;
-}
-
-/// Runs `body(status)` where no object is needed first.
-template <class Result, class Body>
-Result guarded(CMPIStatus* status, const Body& body) noexcept {
-  CMPIStatus outcome{CMPI_RC_OK, nullptr};
-  Result result = detail::refusal<Result>();
-  try {
-    result = body(outcome);
-  } catch (...) {
-    outcome = currentExceptionToStatus();
-  }
-  if (status != nullptr) *status = outcome;
-  return result;
 }
 
 }  // namespace brv

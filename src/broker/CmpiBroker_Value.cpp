@@ -60,7 +60,7 @@ bool isObject(CMPIType type) {
 
 template <class Number>
 bool parse(std::string_view text, Number& number) {
-  if (text.size() > 1 && text.front() == '+') text.remove_prefix(1);
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
   return error == std::errc() && rest == end && !text.empty();
@@ -77,11 +77,12 @@ bool parseReal(std::string_view text, Real& number) {
 
 // Parses a scalar's text into `value`; false when it is no value of the type.
 bool parseScalar(std::string_view text, CMPIType type, CMPIValue& value) {
+  if (type == CMPI_boolean) {
+    value.boolean = text == "TRUE";
+    return true;
+  }
   text = TrimSpaces(text);
   switch (type) {
-    case CMPI_boolean:
-      value.boolean = text == "TRUE";
-      return true;
     case CMPI_uint8:
       return parse(text, value.uint8);
     case CMPI_uint16:
@@ -163,7 +164,7 @@ bool CmpiBroker_Value::canKeep(CMPIType type) {
 }
 
 bool CmpiBroker_Value::set(const CMPIValue* value, CMPIType type) {
-  if (!canKeep(type)) return false;
+  if (value != nullptr && !canKeep(type)) return false;
   if (value == nullptr) {
     setNull(type);
     return true;

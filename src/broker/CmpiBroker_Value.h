@@ -38,8 +38,8 @@ class CmpiBroker_Value {
   /// Whether values of this type can be kept.
   static bool canKeep(CMPIType type);
   /// Takes a value as the interface passes it; for CMPI_chars `value` is the text itself. A null
-  /// pointer, or a null pointer behind it, gives a NULL value of that type. False, with nothing
-  /// changed, for a type that cannot be kept.
+  /// pointer, or a null pointer behind it, gives a NULL value of that type, whatever it is. False,
+  /// with nothing changed, for a value of a type that cannot be kept.
   bool set(const CMPIValue* value, CMPIType type);
   /// Makes it a NULL value of `type`.
   void setNull(CMPIType type);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -54,8 +56,18 @@ void dispatch(List<CIMRequest>& requests, List<CIMObject>& results) {
   }
 }
 
-void destroyManager() {
-  delete ManagerHolder::m_instance;
+// A library that stays open, perhaps with threads in it, still uses the broker and may not survive
+// its own finalisers: the process then ends at once. Everything was written by then.
+void destroyManager(int status) {
+  CmpiBroker_ProviderManager* manager = ManagerHolder::m_instance;
+  if (manager == nullptr) return;
+  try {
+    manager->release();
+  } catch (const std::exception& error) {
+    PrintError(error.what());
+  }
+  if (manager->keepsLibraries()) _exit(status);
+  delete manager;
   ManagerHolder::m_instance = nullptr;
 }
 
@@ -85,7 +97,7 @@ int nlsui_main(int argc, char** argv) {
   } catch (const std::exception& error) {
     PrintError(error.what());
   }
-  destroyManager();
+  destroyManager(status);
   return status;
 }
 

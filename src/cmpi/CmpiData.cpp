@@ -101,14 +101,17 @@ CMPIType CmpiArray::type() const {
 }
 
 CmpiArray::Element& CmpiArray::Element::operator=(const CmpiData& data) {
-  CMPIArray* record = m_array.m_record;
-  throwOnError(record->ft->setElementAt(record, m_index, data.argument(), data.type()));
+  throwOnError(m_array->ft->setElementAt(m_array, m_index, data.argument(), data.type()));
   return *this;
+}
+
+CmpiArray::Element& CmpiArray::Element::operator=(const Element& other) {
+  return *this = static_cast<CmpiData>(other);
 }
 
 CmpiArray::Element::operator CmpiData() const {
   CMPIStatus status{CMPI_RC_OK, nullptr};
-  const CMPIData data = m_array.m_record->ft->getElementAt(m_array.m_record, m_index, &status);
+  const CMPIData data = m_array->ft->getElementAt(m_array, m_index, &status);
   throwOnError(status);
   return CmpiData(data);
 }
@@ -161,10 +164,11 @@ CmpiData::operator CmpiInstance() const {
 }
 
 const CMPIValue* CmpiData::argument() const {
-  if (isNullValue()) return nullptr;
   if (m_data.type == CMPI_chars)
     return static_cast<const CMPIValue*>(static_cast<const void*>(m_data.value.chars));
-  return &m_data.value;
+  const bool isPointer = m_data.type >= CMPI_instance;
+  const bool isNull = isPointer ? m_data.value.inst == nullptr : isNullValue();
+  return isNull ? nullptr : &m_data.value;
 }
 
 CmpiData CmpiBooleanData(bool value) {

@@ -66,13 +66,15 @@ class CmpiArray {
   /// One element, to read or to assign.
   class Element {
    public:
+    Element(const Element&) = default;
     Element& operator=(const CmpiData& data);
+    Element& operator=(const Element& other);
     operator CmpiData() const;
 
    private:
     friend class CmpiArray;
-    Element(const CmpiArray& array, CMPICount index) : m_array(array), m_index(index) {}
-    const CmpiArray& m_array;
+    Element(CMPIArray* array, CMPICount index) : m_array(array), m_index(index) {}
+    CMPIArray* m_array;
     CMPICount m_index;
   };
 
@@ -82,7 +84,7 @@ class CmpiArray {
   CMPICount size() const;
   /// The type of the elements.
   CMPIType type() const;
-  Element operator[](CMPICount index) const { return Element(*this, index); }
+  Element operator[](CMPICount index) const { return Element(m_record, index); }
   CMPIArray* record() const { return m_record; }
 
  private:
@@ -124,6 +126,15 @@ class CmpiData {
   // std::uint64_t and std::int64_t, which are long here.
   CmpiData(unsigned long value) : CmpiData(CMPIUint64{value}) {}
   CmpiData(long value) : CmpiData(CMPISint64{value}) {}
+  operator unsigned long() const {
+    return get(CMPI_uint64).uint64;
+  }
+  operator long() const {
+    return get(CMPI_sint64).sint64;
+  }
+  // Truth values have a maker of their own, and a letter is no number.
+  CmpiData(bool) = delete;
+  CmpiData(char) = delete;
 
   operator CmpiString() const;
   operator CmpiDateTime() const;
@@ -147,7 +158,8 @@ class CmpiData {
     return m_data;
   }
   /// What a table function takes as `const CMPIValue*`: null for a NULL value, the text itself for
-  /// CMPI_chars, the address of the value otherwise.
+  /// CMPI_chars, the address of the value otherwise. What a pointer leads to is no NULL value,
+  /// whatever the state says.
   const CMPIValue* argument() const;
 
  private:

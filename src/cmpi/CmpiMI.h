@@ -11,7 +11,8 @@
 // a CmpiStatus becomes the returned status, anything else code 1 with its text.
 namespace brv {
 
-/// What every provider is, whatever kinds of interface it offers.
+/// What every provider is, whatever kinds of interface it offers: the virtual base of all of them,
+/// which the provider's own constructor initialises.
 class CmpiBaseMI {
  public:
   CmpiBaseMI(const CmpiBroker& broker, const CmpiContext& context)
@@ -23,7 +24,7 @@ class CmpiBaseMI {
   /// Called once after construction. A bad status, returned or thrown, is the factory's answer; a
   /// provider that does not apply to this host answers code 7 with a reason.
   virtual CmpiStatus initialize(const CmpiContext& context);
-  /// Called once before destruction.
+  /// Called once before destruction, unless initialisation failed.
   virtual CmpiStatus cleanup(const CmpiContext& context);
   /// Whether the broker may unload the provider before the process ends.
   virtual bool isUnloadable() const { return true; }
@@ -35,10 +36,10 @@ class CmpiBaseMI {
   CmpiContext m_context;
 };
 
-class CmpiInstanceMI {
+class CmpiInstanceMI : public virtual CmpiBaseMI {
  public:
-  CmpiInstanceMI(const CmpiBroker&, const CmpiContext&) {}
-  virtual ~CmpiInstanceMI() = default;
+  CmpiInstanceMI(const CmpiBroker& broker, const CmpiContext& context)
+      : CmpiBaseMI(broker, context) {}
 
   virtual CmpiStatus enumInstanceNames(const CmpiContext& context, CmpiResult& result,
                                        const CmpiObjectPath& path);
@@ -57,10 +58,10 @@ class CmpiInstanceMI {
                                const CmpiObjectPath& path, const char* language, const char* query);
 };
 
-class CmpiAssociationMI {
+class CmpiAssociationMI : public virtual CmpiBaseMI {
  public:
-  CmpiAssociationMI(const CmpiBroker&, const CmpiContext&) {}
-  virtual ~CmpiAssociationMI() = default;
+  CmpiAssociationMI(const CmpiBroker& broker, const CmpiContext& context)
+      : CmpiBaseMI(broker, context) {}
 
   virtual CmpiStatus associators(const CmpiContext& context, CmpiResult& result,
                                  const CmpiObjectPath& path, const char* assocClass,
@@ -78,10 +79,10 @@ class CmpiAssociationMI {
                                     const char* role);
 };
 
-class CmpiMethodMI {
+class CmpiMethodMI : public virtual CmpiBaseMI {
  public:
-  CmpiMethodMI(const CmpiBroker&, const CmpiContext&) {}
-  virtual ~CmpiMethodMI() = default;
+  CmpiMethodMI(const CmpiBroker& broker, const CmpiContext& context)
+      : CmpiBaseMI(broker, context) {}
 
   virtual CmpiStatus invokeMethod(const CmpiContext& context, CmpiResult& result,
                                   const CmpiObjectPath& path, const char* method,
@@ -109,7 +110,7 @@ CMPIMethodMI* newMI(const CMPIBroker* broker, std::shared_ptr<CmpiBaseMI> provid
 /// Turns what is being handled into a status. To be called in a catch block only.
 CMPIStatus currentExceptionToStatus(const CMPIBroker* broker) noexcept;
 
-/// The object of a provider that has MIs now, whatever their kinds.
+/// The object of a provider that has MIs now, whatever their kinds. A class is one provider.
 template <class Provider>
 std::weak_ptr<Provider>& livingProvider() {
   static std::weak_ptr<Provider> living;

@@ -115,7 +115,6 @@ bool appendReal(std::string& out, double number) {
   return true;
 }
 
-// The pointer that a text, date-time or array value holds.
 bool appendArrayText(std::string& out, const CMPIArray* array) {
   if (array == nullptr || array->hdl == nullptr) return true;
   const CMPICount count = array->ft->getSize(array, nullptr);

@@ -10,7 +10,7 @@ namespace brv {
 
 /// Base of every compiled-in provider: an instance provider that can ask the object filters.
 /// Providers that offer more kinds of interface share the virtual CmpiBaseMI.
-class CmpiBaseProvider : public CmpiInstanceMI, public virtual CmpiBaseMI {
+class CmpiBaseProvider : public CmpiInstanceMI {
  public:
   CmpiBaseProvider(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context), CmpiInstanceMI(broker, context) {}

@@ -91,8 +91,10 @@ int HostFiles::open(const char* path, int flags) const {
   how.flags = static_cast<unsigned>(flags);
   how.resolve = RESOLVE_IN_ROOT;
   const long fd = ::syscall(SYS_openat2, m_rootFd, path, &how, sizeof(how));
-  // Filters of system calls in older container runtimes answer EPERM to a call they do not know.
-  if (fd < 0 && (errno == ENOSYS || errno == EPERM)) return openByHand(m_rootFd, path, flags);
+  // Filters of system calls in older container runtimes answer EPERM to a call they do not know;
+  // EAGAIN says that something was renamed on the way.
+  if (fd < 0 && (errno == ENOSYS || errno == EPERM || errno == EAGAIN))
+    return openByHand(m_rootFd, path, flags);
   return static_cast<int>(fd);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "runtime/Trace.h"
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,7 +19,21 @@ int level = kError;
 
 namespace {
 
+// A thread that a provider cancels while it writes would unwind through frames that let nothing
+// through.
+class CancellationHeld {
+ public:
+  CancellationHeld() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_before); }
+  ~CancellationHeld() { pthread_setcancelstate(m_before, nullptr); }
+  CancellationHeld(const CancellationHeld&) = delete;
+  CancellationHeld& operator=(const CancellationHeld&) = delete;
+
+ private:
+  int m_before = 0;
+};
+
 void writeAll(const char* text, std::size_t size) {
+  const CancellationHeld held;
   while (size > 0) {
     const ssize_t written = ::write(STDERR_FILENO, text, size);
     if (written < 0) {
@@ -32,9 +47,9 @@ void writeAll(const char* text, std::size_t size) {
 
 // One line, one write: lines of several processes on one terminal do not mix. Texts that the
 // buffer does not hold (a filter line of many kilobytes) are built on the heap.
-[[gnu::format(printf, 5, 0)]] [[gnu::format(printf, 5, 0)]] void writeLine(
-    Level level, const char* file, int line, const char* suffix, const char* format,
-    va_list arguments) noexcept {
+[[gnu::format(printf, 5, 0)]] void writeLine(Level level, const char* file, int line,
+                                             const char* suffix, const char* format,
+                                             va_list arguments) noexcept {
   constexpr char kLetters[] = {'?', 'E', 'W', 'D'};
   const std::string_view unit = unitName(file);
   char buffer[1024];

@@ -8,10 +8,12 @@
 
 #include "broker/CmpiBroker_Array.h"
 #include "broker/CmpiBroker_DateTime.h"
+#include "broker/CmpiBroker_Enumeration.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_Instance.h"
 #include "broker/CmpiBroker_ProviderManager.h"
 #include "broker/CmpiBroker_Result.h"
+#include "cmpi/CmpiObjects.h"
 #include "cmpi/CmpiTypes.h"
 
 namespace brv {
@@ -52,6 +54,8 @@ TEST_F(ObjectTest, TextsBecomeValuesAndTextsAgain) {
       // No value of the type: NULL rather than a guess.
       {CMPI_uint8, "256", "NULL"},
       {CMPI_uint32, "-1", "NULL"},
+      {CMPI_sint32, "+-1", "NULL"},
+      {CMPI_boolean, " TRUE ", "FALSE"},
       {CMPI_uint32, "many", "NULL"},
       {CMPI_uint32, "", "NULL"},
       {CMPI_real64, "x", "NULL"},
@@ -158,15 +162,36 @@ TEST_F(ObjectTest, ResultsKeepWhatWasReturnedWhenItWasReturned) {
   give(second);
   List<CIMObject> out;
   out.emplace();
-  result.getObjects(out);
+  result.getObjects(out, true);
   ASSERT_EQ(out.size(), 5u);
   EXPECT_EQ(out[1].GetValue("N").view(), "1");
   EXPECT_EQ(out[2].GetValue("N").view(), "2");
   EXPECT_EQ(out[3].GetValue("N").view(), "2");
   EXPECT_EQ(out[3].GetType("N").view(), "uint32");
   EXPECT_EQ(out[4].GetCurrentSize(), 0u);
-  result.getObjects(out);
+  result.getObjects(out, true);
   EXPECT_EQ(out.size(), 5u);
+}
+
+// What an up-call found goes on as it is, though its state says "null".
+TEST_F(ObjectTest, EnumerationsArePassedOnAndReleasedOnce) {
+  List<CIMObject> found;
+  found.emplace().AddCopy("N", "1", "uint32");
+  found.emplace().AddCopy("N", "2", "uint32");
+  CMPIEnumeration* record = CmpiBroker_Enumeration::toInstanceEnum(found).record();
+  CmpiBroker_Result result;
+  CmpiResult answer(result.record());
+  for (CmpiEnumeration next(record); next.hasNext();) answer.returnData(next.getNext());
+  List<CIMObject> out;
+  result.getObjects(out, false);
+  ASSERT_EQ(out.size(), 2u);
+  EXPECT_EQ(out[1].GetValue("N").view(), "2");
+
+  EXPECT_EQ(record->ft->release(record).rc, CMPI_RC_OK);
+  EXPECT_EQ(record->ft->release(record).rc, CMPI_RC_ERR_INVALID_HANDLE);
+  CMPIStatus status{CMPI_RC_OK, nullptr};
+  record->ft->getNext(record, &status);
+  EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_HANDLE);
 }
 
 TEST_F(ObjectTest, DateTimesHaveTheirBounds) {

@@ -35,10 +35,7 @@ CmpiStatus end(Ends how) {
   }
 }
 
-class Provider : public CmpiBaseMI,
-                 public CmpiInstanceMI,
-                 public CmpiAssociationMI,
-                 public CmpiMethodMI {
+class Provider : public CmpiInstanceMI, public CmpiAssociationMI, public CmpiMethodMI {
  public:
   Provider(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context),

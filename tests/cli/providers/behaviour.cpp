@@ -89,6 +89,32 @@ CMPIStatus ask(Answer& answer, const CMPIContext* context, const std::string& cl
   return status;
 }
 
+// Makes an instance on a thread of its own; what came of it.
+CMPIStatus makeElsewhere() {
+  CMPIStatus status{CMPI_RC_OK, nullptr};
+  const auto make = [](void* argument) -> void* {
+    g_broker->eft->newObjectPath(g_broker, "root/cimv2", "C", static_cast<CMPIStatus*>(argument));
+    return nullptr;
+  };
+  void* thread = g_broker->xft->newThread(make, &status, 0);
+  g_broker->xft->joinThread(thread, nullptr);
+  const std::string text = "elsewhere " + decimal(status.rc);
+  return {CMPI_RC_ERR_FAILED, g_broker->eft->newString(g_broker, text.c_str(), nullptr)};
+}
+
+// A thread that goes on until the process ends: the library must be closed by nobody.
+bool g_lingers = false;
+void linger() {
+  g_lingers = true;
+  const auto wait = [](void*) -> void* {
+    for (;;) g_broker->xft->threadSleep(0);
+  };
+  g_broker->xft->newThread(wait, nullptr, 1);
+}
+[[gnu::destructor]] void finish() {
+  if (g_lingers) std::abort();
+}
+
 CMPIStatus enumerateInstances(CMPIInstanceMI* mi, const CMPIContext* context,
                               const CMPIResult* result, const CMPIObjectPath* path, const char**) {
   const Provider& self = providerOf(mi);
@@ -104,6 +130,10 @@ CMPIStatus enumerateInstances(CMPIInstanceMI* mi, const CMPIContext* context,
   answer.give();
   if (self.does == "throw") throw std::runtime_error("thrown by a library");
   if (self.does == "throw a number") throw 42;
+  if (self.does == "answer 999") return {static_cast<CMPIrc>(999), nullptr};
+  if (self.does == "make elsewhere") return makeElsewhere();
+  if (self.does == "linger") linger();
+  if (self.does == "end the thread") g_broker->xft->exitThread(nullptr);
   if (self.does == "break") return failure(CMPI_RC_ERR_ACCESS_DENIED, "enumeration broke");
   if (self.does == "refuse the request") return {CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
   return status;
@@ -112,7 +142,7 @@ CMPIStatus enumerateInstances(CMPIInstanceMI* mi, const CMPIContext* context,
 CMPIStatus cleanup(CMPIInstanceMI* mi, const CMPIContext*, CMPIBoolean terminating) {
   const Provider& self = providerOf(mi);
   if (self.does == "throw") throw std::runtime_error("thrown by a clean-up");
-  if (self.does == "stay") return {CMPI_RC_NEVER_UNLOAD, nullptr};
+  if (self.does == "stay" || self.does == "linger") return {CMPI_RC_NEVER_UNLOAD, nullptr};
   // A failing clean-up is seen on the trace.
   return failure(CMPI_RC_ERR_FAILED, terminating ? self.name : "not terminating");
 }
