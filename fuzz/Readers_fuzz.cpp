@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+// The readers of kernel files. Built once per reader, BRV_READER naming its check below.
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <string>
+
+#include "Fuzz.h"
+#include "providers/readers/DiskStats.h"
+#include "providers/readers/LoadAverage.h"
+#include "providers/readers/MemInfo.h"
+#include "providers/readers/MountTable.h"
+#include "providers/readers/NetDev.h"
+#include "providers/readers/ProcStat.h"
+#include "providers/readers/VmStat.h"
+
+namespace {
+
+using namespace brv;
+
+constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
+
+void expectOddLines(std::string_view text, const OddLines& odd) {
+  const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+  BRV_EXPECT(std::adjacent_find(odd.begin(), odd.end(), std::greater_equal<>()) == odd.end());
+  BRV_EXPECT(odd.empty() || (odd.front() >= 1 && odd.back() <= lines));
+}
+
+void expectInside(std::string_view text, std::string_view part) {
+  BRV_EXPECT(!part.empty() && part.data() >= text.data() &&
+             part.data() + part.size() <= text.data() + text.size());
+}
+
+// Whatever stands before it, a good line gives one record more.
+template <class Read>
+void expectOneMore(std::string_view text, std::string_view goodLine, Read count) {
+  std::string more(text);
+  more += '\n';
+  const std::size_t before = count(more);
+  more += goodLine;
+  BRV_EXPECT(count(more) == before + 1);
+}
+
+void expectTicks(const CpuTimes& times) {
+  BRV_EXPECT(sumWithin(kMax / 10,
+                       std::array{times.user, times.nice, times.system, times.idle, times.iowait,
+                                  times.irq, times.softirq, times.steal.value_or(0)}));
+}
+
+[[maybe_unused]] void ProcStat_(std::string_view text) {
+  OddLines odd;
+  const ProcStat stat = readProcStat(text, odd);
+  expectOddLines(text, odd);
+  BRV_EXPECT(stat.processors.size() <= stat.cpuLines);
+  if (stat.total) expectTicks(*stat.total);
+  for (const ProcStat::Processor& processor : stat.processors) expectTicks(processor.times);
+  expectOneMore(text, "cpu3 1 2 3 4 5 6 7 8\n", [](std::string_view more) {
+    OddLines ignored;
+    return readProcStat(more, ignored).processors.size();
+  });
+}
+
+[[maybe_unused]] void LoadAverage_(std::string_view text) {
+  OddLines odd;
+  const auto load = readLoadAverage(text, odd);
+  expectOddLines(text, odd);
+  BRV_EXPECT(!load || (odd.empty() && load->oneMinute >= 0 && load->fifteenMinutes < 1e20));
+}
+
+[[maybe_unused]] void MemInfo_(std::string_view text) {
+  OddLines odd;
+  const auto memory = readMemInfo(text, odd);
+  expectOddLines(text, odd);
+  BRV_EXPECT(!memory || sumWithin(kMax, std::array{memory->total, memory->swapTotal}));
+}
+
+[[maybe_unused]] void VmStat_(std::string_view text) {
+  OddLines odd;
+  readVmStat(text, odd);
+  expectOddLines(text, odd);
+  std::string more(text);
+  more += "\npswpin 7\npswpout 9";
+  odd.clear();
+  const VmStat stat = readVmStat(more, odd);
+  BRV_EXPECT(stat.swappedIn == 7U && stat.swappedOut == 9U);
+}
+
+[[maybe_unused]] void DiskStats_(std::string_view text) {
+  OddLines odd;
+  for (const DiskStats& disk : readDiskStats(text, odd)) {
+    expectInside(text, disk.name);
+    BRV_EXPECT(sumWithin(kMax, std::array{disk.reads, disk.writes}));
+    BRV_EXPECT(sumWithin(kMax, std::array{disk.sectorsRead, disk.sectorsWritten}));
+    BRV_EXPECT(sumWithin(kMax, std::array{disk.readMs, disk.writeMs}));
+  }
+  expectOddLines(text, odd);
+  expectOneMore(text, " 8 0 sda 1 2 3 4 5 6 7 8 9 10 11", [](std::string_view more) {
+    OddLines ignored;
+    return readDiskStats(more, ignored).size();
+  });
+}
+
+[[maybe_unused]] void NetDev_(std::string_view text) {
+  OddLines odd;
+  for (const NetDev& device : readNetDev(text, odd)) expectInside(text, device.name);
+  expectOddLines(text, odd);
+  expectOneMore(text, "eth0:1:1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", [](std::string_view more) {
+    OddLines ignored;
+    return readNetDev(more, ignored).size();
+  });
+}
+
+[[maybe_unused]] void MountTable_(std::string_view text) {
+  OddLines odd;
+  const MountTable table = readMountTable(text, odd);
+  expectOddLines(text, odd);
+  std::size_t size = 0;
+  for (const MountTable::Mount& mount : table.mounts) {
+    for (const std::string_view name : {mount.device, mount.mountPoint, mount.type}) {
+      size += name.size() + 1;
+    }
+  }
+  BRV_EXPECT(size <= text.size() + 1);
+  expectOneMore(text, "/dev/sda1 /a\\040b ext4 rw 0 0", [](std::string_view more) {
+    OddLines ignored;
+    return readMountTable(more, ignored).mounts.size();
+  });
+}
+
+}  // namespace
+
+BRV_FUZZ(text) {
+  BRV_READER(text);
+}
