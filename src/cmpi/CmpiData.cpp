@@ -106,7 +106,7 @@ CmpiArray::Element& CmpiArray::Element::operator=(const CmpiData& data) {
 }
 
 CmpiArray::Element& CmpiArray::Element::operator=(const Element& other) {
-  return *this = static_cast<CmpiData>(other);
+  return this == &other ? *this : *this = static_cast<CmpiData>(other);
 }
 
 CmpiArray::Element::operator CmpiData() const {
