@@ -1,33 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // The rules of the object-filter file. The first line of the input is a mount point to decide
 // about, the rest the file.
-#include <string>
-
 #include "Fuzz.h"
-#include "providers/ObjectFilters.h"
+#include "providers/FilterRules.h"
 
 namespace {
 
 using namespace brv;
 
-class TextReader : public ObjectFiltersReader {
- public:
-  explicit TextReader(std::string_view text) : m_rest(text) {}
-  bool Open() override { return true; }
-  void Close() override {}
-  bool ReadLine(std::string& line) override {
-    if (m_rest.empty()) return false;
-    line = m_rest.substr(0, m_rest.find('\n'));
-    m_rest.remove_prefix(std::min(line.size() + 1, m_rest.size()));
-    return true;
-  }
-
- private:
-  std::string_view m_rest;
-};
-
 bool keeps(const std::string& rules, const char* mountPoint) {
-  TextReader reader(rules);
+  test::TextRules reader(rules);
   ObjectFilters filters(&reader);
   BRV_EXPECT(filters.LoadFilter());
   filters.SetReader(nullptr);

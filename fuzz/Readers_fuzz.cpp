@@ -20,10 +20,15 @@ using namespace brv;
 
 constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
 
-void expectOddLines(std::string_view text, const OddLines& odd) {
+// What a reader finds; checks which lines it calls odd.
+template <class Read>
+auto found(std::string_view text, Read read) {
+  OddLines odd;
+  auto result = read(text, odd);
   const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
   BRV_EXPECT(std::adjacent_find(odd.begin(), odd.end(), std::greater_equal<>()) == odd.end());
   BRV_EXPECT(odd.empty() || (odd.front() >= 1 && odd.back() <= lines));
+  return result;
 }
 
 void expectInside(std::string_view text, std::string_view part) {
@@ -33,12 +38,10 @@ void expectInside(std::string_view text, std::string_view part) {
 
 // Whatever stands before it, a good line gives one record more.
 template <class Read>
-void expectOneMore(std::string_view text, std::string_view goodLine, Read count) {
-  std::string more(text);
-  more += '\n';
-  const std::size_t before = count(more);
-  more += goodLine;
-  BRV_EXPECT(count(more) == before + 1);
+void expectOneMore(std::string_view text, std::string_view goodLine, Read records) {
+  const std::string before = std::string(text) + '\n';
+  const std::string after = before + std::string(goodLine);
+  BRV_EXPECT(found(after, records).size() == found(before, records).size() + 1);
 }
 
 void expectTicks(const CpuTimes& times) {
@@ -48,83 +51,61 @@ void expectTicks(const CpuTimes& times) {
 }
 
 [[maybe_unused]] void ProcStat_(std::string_view text) {
-  OddLines odd;
-  const ProcStat stat = readProcStat(text, odd);
-  expectOddLines(text, odd);
+  const ProcStat stat = found(text, readProcStat);
   BRV_EXPECT(stat.processors.size() <= stat.cpuLines);
   if (stat.total) expectTicks(*stat.total);
   for (const ProcStat::Processor& processor : stat.processors) expectTicks(processor.times);
-  expectOneMore(text, "cpu3 1 2 3 4 5 6 7 8\n", [](std::string_view more) {
-    OddLines ignored;
-    return readProcStat(more, ignored).processors.size();
+  expectOneMore(text, "cpu3 1 2 3 4 5 6 7 8\n", [](std::string_view more, OddLines& ignored) {
+    return readProcStat(more, ignored).processors;
   });
 }
 
 [[maybe_unused]] void LoadAverage_(std::string_view text) {
-  OddLines odd;
-  const auto load = readLoadAverage(text, odd);
-  expectOddLines(text, odd);
-  BRV_EXPECT(!load || (odd.empty() && load->oneMinute >= 0 && load->fifteenMinutes < 1e20));
+  const auto load = found(text, [](std::string_view all, OddLines& odd) {
+    const auto result = readLoadAverage(all, odd);
+    BRV_EXPECT(!result || odd.empty());
+    return result;
+  });
+  BRV_EXPECT(!load || (load->oneMinute >= 0 && load->fifteenMinutes < 1e20));
 }
 
 [[maybe_unused]] void MemInfo_(std::string_view text) {
-  OddLines odd;
-  const auto memory = readMemInfo(text, odd);
-  expectOddLines(text, odd);
+  const auto memory = found(text, readMemInfo);
   BRV_EXPECT(!memory || sumWithin(kMax, std::array{memory->total, memory->swapTotal}));
 }
 
 [[maybe_unused]] void VmStat_(std::string_view text) {
-  OddLines odd;
-  readVmStat(text, odd);
-  expectOddLines(text, odd);
-  std::string more(text);
-  more += "\npswpin 7\npswpout 9";
-  odd.clear();
-  const VmStat stat = readVmStat(more, odd);
+  found(text, readVmStat);
+  const VmStat stat = found(std::string(text) + "\npswpin 7\npswpout 9", readVmStat);
   BRV_EXPECT(stat.swappedIn == 7U && stat.swappedOut == 9U);
 }
 
 [[maybe_unused]] void DiskStats_(std::string_view text) {
-  OddLines odd;
-  for (const DiskStats& disk : readDiskStats(text, odd)) {
+  for (const DiskStats& disk : found(text, readDiskStats)) {
     expectInside(text, disk.name);
     BRV_EXPECT(sumWithin(kMax, std::array{disk.reads, disk.writes}));
     BRV_EXPECT(sumWithin(kMax, std::array{disk.sectorsRead, disk.sectorsWritten}));
     BRV_EXPECT(sumWithin(kMax, std::array{disk.readMs, disk.writeMs}));
   }
-  expectOddLines(text, odd);
-  expectOneMore(text, " 8 0 sda 1 2 3 4 5 6 7 8 9 10 11", [](std::string_view more) {
-    OddLines ignored;
-    return readDiskStats(more, ignored).size();
-  });
+  expectOneMore(text, " 8 0 sda 1 2 3 4 5 6 7 8 9 10 11", readDiskStats);
 }
 
 [[maybe_unused]] void NetDev_(std::string_view text) {
-  OddLines odd;
-  for (const NetDev& device : readNetDev(text, odd)) expectInside(text, device.name);
-  expectOddLines(text, odd);
-  expectOneMore(text, "eth0:1:1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", [](std::string_view more) {
-    OddLines ignored;
-    return readNetDev(more, ignored).size();
-  });
+  for (const NetDev& device : found(text, readNetDev)) expectInside(text, device.name);
+  expectOneMore(text, "eth0:1:1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", readNetDev);
 }
 
 [[maybe_unused]] void MountTable_(std::string_view text) {
-  OddLines odd;
-  const MountTable table = readMountTable(text, odd);
-  expectOddLines(text, odd);
+  const MountTable table = found(text, readMountTable);
   std::size_t size = 0;
-  for (const MountTable::Mount& mount : table.mounts) {
-    for (const std::string_view name : {mount.device, mount.mountPoint, mount.type}) {
+  for (const MountTable::Mount& mount : table.mounts)
+    for (const std::string_view name : {mount.device, mount.mountPoint, mount.type})
       size += name.size() + 1;
-    }
-  }
   BRV_EXPECT(size <= text.size() + 1);
-  expectOneMore(text, "/dev/sda1 /a\\040b ext4 rw 0 0", [](std::string_view more) {
-    OddLines ignored;
-    return readMountTable(more, ignored).mounts.size();
-  });
+  expectOneMore(text, "/dev/sda1 /a\\040b ext4 rw 0 0",
+                [](std::string_view more, OddLines& ignored) {
+                  return readMountTable(more, ignored).mounts;
+                });
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Property and argument strings of the command line.
+#include <algorithm>
+#include <cstdio>
 #include <string>
 
 #include "Fuzz.h"
@@ -9,33 +11,30 @@ namespace {
 
 using namespace brv;
 
-void appendEncoded(std::string& out, std::string_view text) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    out += '%';
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 15];
-  }
-}
+using Pairs = std::vector<CIMRequest::Attributes>;
 
-std::string encoded(const std::vector<CIMRequest::Attributes>& pairs) {
+std::string encoded(const Pairs& pairs) {
   std::string out;
+  const auto append = [&out](std::string_view text) {
+    char digits[4];
+    for (const char c : text) {
+      std::snprintf(digits, sizeof digits, "%%%02x", static_cast<unsigned char>(c));
+      out += digits;
+    }
+  };
   for (const CIMRequest::Attributes& pair : pairs) {
     if (!out.empty()) out += '&';
-    appendEncoded(out, pair.name.view());
+    append(pair.name.view());
     if (!pair.value.isNull()) out += '=';
-    appendEncoded(out, pair.value.view());
+    append(pair.value.view());
   }
   return out;
 }
 
-bool same(const std::vector<CIMRequest::Attributes>& a,
-          const std::vector<CIMRequest::Attributes>& b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    if (!(a[i].name == b[i].name && a[i].value == b[i].value)) return false;
-  return true;
+bool same(const Pairs& left, const Pairs& right) {
+  return std::equal(
+      left.begin(), left.end(), right.begin(), right.end(),
+      [](const auto& a, const auto& b) { return a.name == b.name && a.value == b.value; });
 }
 
 }  // namespace

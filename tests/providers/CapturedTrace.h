@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "runtime/Trace.h"
 
@@ -12,25 +13,20 @@ namespace brv::test {
 /// Captures the trace of a scope at a level.
 class CapturedTrace {
  public:
-  explicit CapturedTrace(trace::Level level) : m_before(trace::level()) {
+  explicit CapturedTrace(trace::Level level) {
     trace::setLevel(level);
     testing::internal::CaptureStderr();
   }
-  ~CapturedTrace() {
-    if (!m_taken) take();
-  }
+  ~CapturedTrace() { take(); }
   CapturedTrace(const CapturedTrace&) = delete;
-  CapturedTrace& operator=(const CapturedTrace&) = delete;
 
   /// Ends the capture and sets the level back.
   std::string take() {
-    m_taken = true;
-    trace::setLevel(m_before);
-    return testing::internal::GetCapturedStderr();
+    trace::setLevel(trace::kError);
+    return std::exchange(m_taken, true) ? "" : testing::internal::GetCapturedStderr();
   }
 
  private:
-  int m_before;
   bool m_taken = false;
 };
 

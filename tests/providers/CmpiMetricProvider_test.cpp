@@ -58,12 +58,6 @@ class Provider : public CmpiMetricProvider {
 };
 
 TEST_F(MetricObjects, Definitions) {
-  EXPECT_THAT(propertiesOf(CmpiMetricDefinition(OS_LoadAverage1Min, nullptr).instance()),
-              ElementsAre("CreationClassName=BRV_MetricDefinition", "Id=OS.LoadAverage1Min",
-                          "Caption=Load Average 1 Minute",
-                          "Description=System Load Average for the Last Minute", "DataType=4",
-                          "TimeScope=2", "ChangeType=4", "Units=Count",
-                          "MeasuredElementType=OperatingSystem"));
   EXPECT_THAT(
       propertiesOf(
           CmpiMetricDefinition({OS_LoadAverage1Min, MetricCalculatorId_{5}}, "Own").instance()),
@@ -74,39 +68,21 @@ TEST_F(MetricObjects, Definitions) {
   unknown.setBaseMDefId(static_cast<MetricDefinitionId_>(54));
   EXPECT_THAT(propertiesOf(unknown.instance()),
               ElementsAre("CreationClassName=BRV_MetricDefinition"));
-  const std::string text = trace.take();
-  EXPECT_THAT(text, HasSubstr("Unknown metric definition ID: 53\n"));
-  EXPECT_THAT(text, HasSubstr("Unknown metric definition ID: 54\n"));
 }
 
 TEST_F(MetricObjects, Values) {
   const CmpiDateTime then("20240229235959.000001+060");
-  const CmpiMetricValue value(Disk_TotalIOs, CMPIUint64{18446744073709551615U}, then, "%s%d", "sd",
-                              7);
+  const CmpiMetricValue value(Disk_TotalIOs, CMPIReal32{0.05F}, then, "%s%d", "sd", 7);
   EXPECT_THAT(propertiesOf(value.instance()),
               ElementsAre("CreationClassName=BRV_MetricValue", "MetricDefinitionId=Disk.TotalIOs",
-                          "MetricValue=18446744073709551615",
-                          testing::StartsWith("TimeStamp=20240229"), "MeasuredElementName=sd7"));
-  EXPECT_TRUE(value.getValue().equals("18446744073709551615"));
+                          "MetricValue=0.05", testing::StartsWith("TimeStamp=20240229"),
+                          "MeasuredElementName=sd7"));
   EXPECT_EQ(value.getTimeStamp().getDateTime(), then.getDateTime());
-  EXPECT_TRUE(value.getMeasuredElement().equals("sd7"));
 
   CmpiMetricValue other("Own", nullptr);
-  const struct {
-    CmpiData value;
-    const char* text;
-  } kCases[] = {
-      {CMPIReal32{0.05F}, "0.05"},
-      {CMPISint32{-3}, "-3"},
-      {CmpiBooleanData(true), "TRUE"},
-      {"text", "text"},
-  };
-  for (const auto& expected : kCases) {
-    other.setValue(expected.value);
-    EXPECT_TRUE(other.getValue().equals(expected.text)) << expected.text;
-  }
+  other.setValue(CmpiBooleanData(true));
   EXPECT_THAT(propertiesOf(other.instance()),
-              ElementsAre("CreationClassName=Own", "MetricValue=text"));
+              ElementsAre("CreationClassName=Own", "MetricValue=TRUE"));
   try {
     test::CapturedTrace trace(trace::kError);
     other.setValue(CmpiObjectPath("root/cimv2", "Any"));
@@ -119,14 +95,10 @@ TEST_F(MetricObjects, Values) {
 
 TEST_F(MetricObjects, ValuesOfAnInventoryInstance) {
   CmpiInstance source(CmpiObjectPath("root/cimv2", "BRV_Any"));
-  source.setProperty("Size", CMPIUint64{70});
   source.setProperty("Nothing", static_cast<const char*>(nullptr));
   source.setProperty("Load", CMPIReal32{1.5F});
-  const PropertyMapping_t kMapping[] = {{"Missing", OS_CPUCount},
-                                        {"Size", FS_Size},
-                                        {"Nothing", FS_Size},
-                                        {"Load", OS_LoadAverage1Min},
-                                        {nullptr, End}};
+  const PropertyMapping_t kMapping[] = {
+      {"Missing", OS_CPUCount}, {"Nothing", FS_Size}, {"Load", OS_LoadAverage1Min}, {nullptr, End}};
   CmpiList out;
   test::CapturedTrace trace(trace::kDetail);
   Provider::createMetricValue(source, kMapping, nullptr, out);
@@ -135,9 +107,9 @@ TEST_F(MetricObjects, ValuesOfAnInventoryInstance) {
   EXPECT_THAT(text, HasSubstr("property Missing not available, continue (NA)\n"));
   EXPECT_THAT(text, HasSubstr("property Nothing not available, continue (/home)\n"));
   EXPECT_THAT(text, HasSubstr("createMetricValues Property found: Load for /home\n"));
-  ASSERT_EQ(out.size(), 4U);
+  ASSERT_EQ(out.size(), 2U);
   EXPECT_EQ(out[0].getPropertyCount(), 4U) << "no element is known";
-  EXPECT_THAT(propertiesOf(out[3]),
+  EXPECT_THAT(propertiesOf(out[1]),
               ElementsAre("CreationClassName=BRV_MetricValue",
                           "MetricDefinitionId=OS.LoadAverage1Min", "MetricValue=1.5",
                           testing::HasSubstr("TimeStamp="), "MeasuredElementName=/home"));
@@ -164,11 +136,6 @@ TEST_F(MetricObjects, Capabilities) {
   CmpiList out;
   provider.createProvCapInstances(out, "BRV_P", own);
   ASSERT_EQ(out.size(), 3U);
-  EXPECT_THAT(propertiesOf(out[0]),
-              ElementsAre("CreationClassName=BRV_MetricProviderCapabilities",
-                          "InstanceID=BRV:PCapabilities", "ProviderName=BRV_P",
-                          "ClassName=BRV_MetricValue", "SupportedMetrics=CommonOSMetrics"));
-  EXPECT_TRUE(CmpiString(out[1].getProperty("ClassName")).equals("BRV_MetricDefinition"));
   EXPECT_TRUE(CmpiString(out[2].getProperty("InstanceID")).equals("PlainCapabilities"));
   test::CapturedTrace trace(trace::kDetail);
   EXPECT_THROW(createProvCapInstance(nullptr, "A", "B"), CmpiStatus);
