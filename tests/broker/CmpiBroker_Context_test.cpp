@@ -40,6 +40,18 @@ TEST_F(ContextTest, ObjectsLiveUntilTheRequestEnds) {
   EXPECT_EQ(m_destroyed, 3);
 }
 
+TEST_F(ContextTest, ObjectsGoWithTheRequestThatMadeThem) {
+  testing::internal::CaptureStderr();
+  List<CIMObject> out;
+  add();
+  m_manager.enumInstances(CIMRequest("root/cimv2", "BRV_Provider"), out);
+  EXPECT_EQ(m_destroyed, 1);
+  add();
+  EXPECT_THROW(m_manager.enumInstances(CIMRequest("root/cimv2", "No"), out), CmpiBroker_Exception);
+  EXPECT_EQ(m_destroyed, 2);
+  testing::internal::GetCapturedStderr();
+}
+
 TEST_F(ContextTest, EachThreadHasItsOwn) {
   add();
   int elsewhere = 0;

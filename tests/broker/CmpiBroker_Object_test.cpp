@@ -6,14 +6,11 @@
 
 #include <string>
 
-#include "broker/CmpiBroker_Array.h"
 #include "broker/CmpiBroker_DateTime.h"
-#include "broker/CmpiBroker_Enumeration.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_Instance.h"
 #include "broker/CmpiBroker_ProviderManager.h"
 #include "broker/CmpiBroker_Result.h"
-#include "cmpi/CmpiObjects.h"
 #include "cmpi/CmpiTypes.h"
 
 namespace brv {
@@ -29,71 +26,55 @@ std::string shown(const CmpiBroker_Value* value) {
   return text ? std::string(text.view()) : "NULL";
 }
 
-TEST_F(ObjectTest, TextsBecomeValuesAndTextsAgain) {
-  const struct {
-    CMPIType type;
-    const char* text;
-    const char* back;  // null: the same
-  } kCases[] = {
-      {CMPI_boolean, "TRUE", nullptr},
-      {CMPI_boolean, "FALSE", nullptr},
-      {CMPI_boolean, "true", "FALSE"},  // letter case counts
-      {CMPI_boolean, "1", "FALSE"},
-      {CMPI_uint8, "255", nullptr},
-      {CMPI_sint8, "-128", nullptr},
-      {CMPI_uint16, "65535", nullptr},
-      {CMPI_sint16, "-32768", nullptr},
-      {CMPI_uint32, "4294967295", nullptr},
-      {CMPI_sint32, "-2147483648", nullptr},
-      {CMPI_uint64, "18446744073709551615", nullptr},
-      {CMPI_sint64, "-9223372036854775808", nullptr},
-      {CMPI_uint32, "+5", "5"},
-      {CMPI_real32, "0.25", nullptr},
-      {CMPI_real64, "1e+21", nullptr},
-      {CMPI_real64, "1234567", "1.23457e+06"},
-      // No value of the type: NULL rather than a guess.
-      {CMPI_uint8, "256", "NULL"},
-      {CMPI_uint32, "-1", "NULL"},
-      {CMPI_sint32, "+-1", "NULL"},
-      {CMPI_boolean, " TRUE ", "FALSE"},
-      {CMPI_uint32, "many", "NULL"},
-      {CMPI_uint32, "", "NULL"},
-      {CMPI_real64, "x", "NULL"},
-      {CMPI_string, "", nullptr},
-      {CMPI_string, " a;b ", nullptr},
-      {CMPI_chars, "text", nullptr},
-      {CMPI_dateTime, "00000001010101.000005:000", nullptr},
-      {CMPI_dateTime, "yesterday", "NULL"},
-      {CMPI_uint16A, "1;2;3", nullptr},
-      {CMPI_stringA, "a;;b c", nullptr},
-      {CMPI_stringA, "a;", nullptr},
-      {CMPI_stringA, "", nullptr},
-      {CMPI_booleanA, "TRUE;yes", "TRUE;FALSE"},
-      {CMPI_dateTimeA, "00000001000000.000000:000;00000002000000.000000:000", nullptr},
-      {CMPI_ref, "a.b=1", "NULL"},
-  };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(std::string(CMPITypeToString(c.type)) + " '" + c.text + "'");
-    const bool isNull = c.back != nullptr && c.back == std::string("NULL");
-    testing::internal::CaptureStderr();
-    CmpiBroker_Value value;
-    value.setText(c.text, c.type);
-    EXPECT_EQ(testing::internal::GetCapturedStderr().empty(), !isNull);
-    EXPECT_EQ(shown(&value), c.back != nullptr ? c.back : c.text);
-    EXPECT_EQ(value.type(), comparableType(c.type));
+// `back` null: it is no value of the type, which gives NULL rather than a guess.
+void expectValue(CMPIType type, const char* text, const char* back) {
+  SCOPED_TRACE(std::string(CMPITypeToString(type)) + " '" + text + "'");
+  testing::internal::CaptureStderr();
+  CmpiBroker_Value value;
+  value.setText(text, type);
+  EXPECT_EQ(testing::internal::GetCapturedStderr().empty(), back != nullptr);
+  EXPECT_EQ(shown(&value), back != nullptr ? back : "NULL");
+  EXPECT_EQ(value.type(), comparableType(type));
 
-    // What a provider reads of it, and gives back, is the same value.
-    const CMPIData data = value.toData();
-    EXPECT_EQ(data.state, isNull ? CMPI_nullValue : CMPI_goodValue);
-    CmpiBroker_Value again;
-    EXPECT_TRUE(again.set(isNull ? nullptr : &data.value, data.type));
-    EXPECT_EQ(shown(&again), shown(&value));
-    if (!isNull) {
-      std::string text;
-      EXPECT_TRUE(CMPIValueToString(text, &data.value, data.type));
-      EXPECT_EQ(text, shown(&value));
-    }
+  // What a provider reads of it, and gives back, is the same value.
+  const CMPIData data = value.toData();
+  EXPECT_EQ(data.state, back != nullptr ? CMPI_goodValue : CMPI_nullValue);
+  CmpiBroker_Value again;
+  EXPECT_TRUE(again.set(back != nullptr ? &data.value : nullptr, data.type));
+  EXPECT_EQ(shown(&again), shown(&value));
+  std::string output;
+  if (back != nullptr) {
+    EXPECT_TRUE(CMPIValueToString(output, &data.value, data.type));
+    EXPECT_EQ(output, back);
   }
+}
+
+TEST_F(ObjectTest, TextsBecomeValuesAndTextsAgain) {
+  const std::pair<CMPIType, const char*> kSame[] = {
+      {CMPI_boolean, "TRUE"},      {CMPI_boolean, "FALSE"},
+      {CMPI_uint8, "255"},         {CMPI_sint8, "-128"},
+      {CMPI_uint16, "65535"},      {CMPI_sint16, "-32768"},
+      {CMPI_uint32, "4294967295"}, {CMPI_sint32, "-2147483648"},
+      {CMPI_real32, "0.1"},        {CMPI_real64, "1e+21"},
+      {CMPI_string, ""},           {CMPI_string, " a;b "},
+      {CMPI_chars, "text"},        {CMPI_uint16A, "1;2;3"},
+      {CMPI_stringA, "a;;b c"},    {CMPI_stringA, "a;"},
+      {CMPI_stringA, ""}};
+  for (const auto& [type, text] : kSame) expectValue(type, text, text);
+  const std::string interval = "00000001010101.000005:000";
+  const std::string intervals = interval + ";00000002000000.000000:000";
+  expectValue(CMPI_uint64, "18446744073709551615", "18446744073709551615");
+  expectValue(CMPI_sint64, "-9223372036854775808", "-9223372036854775808");
+  expectValue(CMPI_dateTime, interval.c_str(), interval.c_str());
+  expectValue(CMPI_dateTimeA, intervals.c_str(), intervals.c_str());
+  expectValue(CMPI_booleanA, "TRUE;yes", "TRUE;FALSE");
+  for (const char* const odd : {"true", "1", " TRUE "}) expectValue(CMPI_boolean, odd, "FALSE");
+  expectValue(CMPI_uint32, "+5", "5");
+  expectValue(CMPI_real64, "1234567", "1.23457e+06");
+  const std::pair<CMPIType, const char*> kNone[] = {
+      {CMPI_uint8, "256"}, {CMPI_uint32, "-1"}, {CMPI_sint32, "+-1"},         {CMPI_uint32, "many"},
+      {CMPI_uint32, ""},   {CMPI_real64, "x"},  {CMPI_dateTime, "yesterday"}, {CMPI_ref, "a.b=1"}};
+  for (const auto& [type, text] : kNone) expectValue(type, text, nullptr);
 }
 
 TEST_F(ObjectTest, LoadsTheTextsOfResults) {
@@ -141,10 +122,6 @@ TEST_F(ObjectTest, LoadsTheTextsOfResults) {
     EXPECT_EQ(value.isNull(), c.expected == nullptr);
     EXPECT_EQ(shown(&value), c.expected != nullptr ? c.expected : "NULL");
   }
-  CmpiBroker_Value value;
-  value.setText("1;2;3", CMPI_uint16A);
-  const CMPIArray* array = value.toData().value.array;
-  EXPECT_EQ(CmpiBroker_Array::from(array).elements().size(), 3u);
 }
 
 TEST_F(ObjectTest, ResultsKeepWhatWasReturnedWhenItWasReturned) {
@@ -173,30 +150,8 @@ TEST_F(ObjectTest, ResultsKeepWhatWasReturnedWhenItWasReturned) {
   EXPECT_EQ(out.size(), 5u);
 }
 
-// What an up-call found goes on as it is, though its state says "null".
-TEST_F(ObjectTest, EnumerationsArePassedOnAndReleasedOnce) {
-  List<CIMObject> found;
-  found.emplace().AddCopy("N", "1", "uint32");
-  found.emplace().AddCopy("N", "2", "uint32");
-  CMPIEnumeration* record = CmpiBroker_Enumeration::toInstanceEnum(found).record();
-  CmpiBroker_Result result;
-  CmpiResult answer(result.record());
-  for (CmpiEnumeration next(record); next.hasNext();) answer.returnData(next.getNext());
-  List<CIMObject> out;
-  result.getObjects(out, false);
-  ASSERT_EQ(out.size(), 2u);
-  EXPECT_EQ(out[1].GetValue("N").view(), "2");
-
-  EXPECT_EQ(record->ft->release(record).rc, CMPI_RC_OK);
-  EXPECT_EQ(record->ft->release(record).rc, CMPI_RC_ERR_INVALID_HANDLE);
-  CMPIStatus status{CMPI_RC_OK, nullptr};
-  record->ft->getNext(record, &status);
-  EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_HANDLE);
-}
-
 TEST_F(ObjectTest, DateTimesHaveTheirBounds) {
   EXPECT_EQ(CmpiBroker_DateTime(timeval{1, 5}).microseconds(), 1'000'005u);
-  EXPECT_EQ(CmpiBroker_DateTime("00000000000001.000005:000").isInterval(), true);
   EXPECT_EQ(CmpiBroker_DateTime("19700101000000.000001-060").microseconds(), 3'600'000'001u);
   testing::internal::CaptureStderr();
   for (const char* const text :

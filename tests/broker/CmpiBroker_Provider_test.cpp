@@ -69,24 +69,25 @@ TEST_F(ProviderTest, TheSearchPathBeginsWithTheEnvironments) {
 }
 
 TEST_F(ProviderTest, StatusAndLibraryFollowLoadAndUnload) {
+  using Provider = CmpiBroker_Provider;
+  const char* const good = "Provider loaded successfully";
   const struct {
     const char* name;
     const char* behaviour;
-    CmpiBroker_Provider::Status loaded;
+    Provider::Status loaded;
     const char* details;
     bool openAfterLoad;
     bool openInTheEnd;
+    Provider::Status unloaded;
   } kCases[] = {
-      {"OSBase_NFSProvider", "serve", CmpiBroker_Provider::kLoaded, "Provider loaded successfully",
-       true, false},
-      {"OSBase_NFSProvider", "refuse", CmpiBroker_Provider::kNotSupported, "not this host", false,
-       false},
-      {"OSBase_NFSProvider", "fail", CmpiBroker_Provider::kFailed, "no luck", true, false},
+      {"OSBase_NFSProvider", "serve", Provider::kLoaded, good, true, false, Provider::kUnloaded},
+      {"OSBase_NFSProvider", "refuse", Provider::kNotSupported, "not this host", false, false,
+       Provider::kNotSupported},
+      {"OSBase_NFSProvider", "fail", Provider::kFailed, "no luck", true, false,
+       Provider::kUnloaded},
       // Its threads may still run: the library stays.
-      {"OSBase_NFSProvider", "stay", CmpiBroker_Provider::kLoaded, "Provider loaded successfully",
-       true, true},
-      {"OSBase_ProcessorProvider", "serve", CmpiBroker_Provider::kLoaded,
-       "Provider loaded successfully", true, true},
+      {"OSBase_NFSProvider", "stay", Provider::kLoaded, good, true, true, Provider::kUnloaded},
+      {"OSBase_ProcessorProvider", "serve", Provider::kLoaded, good, true, true, Provider::kLoaded},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(std::string(c.name) + " " + c.behaviour);
@@ -105,25 +106,21 @@ TEST_F(ProviderTest, StatusAndLibraryFollowLoadAndUnload) {
     auto provider = std::make_unique<CmpiBroker_Provider>(&row, m_broker);
     EXPECT_EQ(provider->status(), CmpiBroker_Provider::kUnloaded);
     EXPECT_EQ(provider->getStatusDetails(), "Provider unloaded");
-    const bool good = c.loaded == CmpiBroker_Provider::kLoaded;
+    const char* const thrown = c.loaded == Provider::kLoaded ? "(nothing)" : c.details;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(whatIsThrown([&] { provider->load(); }), good ? "(nothing)" : c.details);
+    EXPECT_EQ(whatIsThrown([&] { provider->load(); }), thrown);
     EXPECT_EQ(provider->status(), c.loaded);
     EXPECT_EQ(provider->getStatusDetails(), c.details);
-    EXPECT_EQ(whatIsThrown([&] { provider->throwError(); }), good ? "(nothing)" : c.details);
+    EXPECT_EQ(whatIsThrown([&] { provider->throwError(); }), thrown);
     EXPECT_EQ(isOpen(), c.openAfterLoad);
     EXPECT_EQ(provider->libraryPath(), c.openAfterLoad ? file : "");
 
     provider->unload();
-    const bool processor = c.name == std::string("OSBase_ProcessorProvider");
-    EXPECT_EQ(provider->status(), processor ? c.loaded
-                                  : c.loaded == CmpiBroker_Provider::kNotSupported
-                                      ? c.loaded
-                                      : CmpiBroker_Provider::kUnloaded);
+    EXPECT_EQ(provider->status(), c.unloaded);
     EXPECT_EQ(isOpen(), c.openInTheEnd);
-    if (good) {
+    if (c.loaded == Provider::kLoaded) {
       EXPECT_EQ(whatIsThrown([&] { provider->load(); }), "(nothing)");
-      EXPECT_EQ(provider->status(), CmpiBroker_Provider::kLoaded);
+      EXPECT_EQ(provider->status(), c.loaded);
     }
     provider.reset();
     EXPECT_EQ(isOpen(), c.openInTheEnd);

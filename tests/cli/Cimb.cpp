@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <sstream>
-#include <vector>
 
 namespace brv::test {
 
@@ -26,14 +25,14 @@ bool isDateTime(std::string_view text) {
   return true;
 }
 
+}  // namespace
+
 std::vector<std::string> split(std::string_view text, char separator) {
   std::vector<std::string> parts;
   std::istringstream stream{std::string(text)};
   for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
   return parts;
 }
-
-}  // namespace
 
 std::filesystem::path dataFile(std::string_view name) {
   return std::filesystem::path(BRVCIMB_TEST_DATA) / name;
@@ -78,7 +77,7 @@ std::string figures(std::string_view table) {
   constexpr std::string_view kHeading =
       "CreationClassName\tMetricDefinitionId\tMetricValue\tTimeStamp\tMeasuredElementName\t";
   std::string result;
-  const std::vector<std::string> rows = split(masked(table), '\n');
+  const std::vector<std::string> rows = split(masked(table));
   for (const std::string& row : rows) {
     if (&row == &rows.front() && row == kHeading) continue;
     std::array<std::string, 4> column;
@@ -97,8 +96,8 @@ std::string figures(std::string_view table) {
 
 std::string firstDifference(std::string_view expected, std::string_view actual) {
   if (expected == actual) return {};
-  const std::vector<std::string> left = split(expected, '\n');
-  const std::vector<std::string> right = split(actual, '\n');
+  const std::vector<std::string> left = split(expected);
+  const std::vector<std::string> right = split(actual);
   std::size_t line = 0;
   while (line < left.size() && line < right.size() && left[line] == right[line]) ++line;
   const auto show = [line](const std::vector<std::string>& lines) {

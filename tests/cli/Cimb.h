@@ -4,12 +4,16 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "support/RunProgram.h"
 
 // What the runs of the program share: the recorded hosts of tests/data/ and the texts expected of
 // them.
 namespace brv::test {
+
+/// The parts of a text between separators; what ends with one has no empty part behind it.
+std::vector<std::string> split(std::string_view text, char separator = '\n');
 
 /// A file of tests/data/.
 std::filesystem::path dataFile(std::string_view name);

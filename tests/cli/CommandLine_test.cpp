@@ -211,17 +211,15 @@ TEST(CommandLine, TheLastWordOnTheFormatCounts) {
   EXPECT_THAT(flat, StartsWith("\ncimobject {\n  {Name: CreationClassName; Type: "));
   EXPECT_THAT(table, StartsWith("CreationClassName\tId\tCaption\t"));
   EXPECT_THAT(json, StartsWith("\n{\n  \"cimobject\": {\n"));
-  EXPECT_EQ(formatted("-nonull"), listing("BRV_MetricDefinition"));
-  EXPECT_EQ(formatted("-N"), listing("BRV_MetricDefinition"));
-  EXPECT_EQ(formatted("-format"), tree);
-  EXPECT_EQ(formatted("-F -N"), tree);
-  EXPECT_EQ(formatted("-F json -format"), tree);
-  EXPECT_EQ(formatted("-F flat -F tree"), flat);
-  EXPECT_EQ(formatted("-F flat"), flat);
-  EXPECT_EQ(formatted("-F json"), json);
-  EXPECT_EQ(formatted("-F flat -F json"), json);
-  EXPECT_EQ(formatted("-F json -F table"), table);
-  EXPECT_EQ(formatted("-F table -F json"), table);
+  const std::string plain = listing("BRV_MetricDefinition");
+  const std::pair<const char*, const std::string&> cases[] = {
+      {"-nonull", plain},         {"-N", plain},
+      {"-format", tree},          {"-F -N", tree},
+      {"-F json -format", tree},  {"-F flat -F tree", flat},
+      {"-F flat", flat},          {"-F json", json},
+      {"-F flat -F json", json},  {"-F json -F table", table},
+      {"-F table -F json", table}};
+  for (const auto& [options, expected] : cases) EXPECT_EQ(formatted(options), expected) << options;
   // Only these two layouts escape what ends their values.
   for (const char* format : {"tree", "flat"})
     EXPECT_THAT(cimb(std::string("-provider -F ") + format).output,
@@ -246,21 +244,16 @@ TEST(CommandLine, TraceGoesToStandardErrorByLevel) {
     EXPECT_THAT(lines(full), AllOf(HasSubstr("\nD "), HasSubstr("\nW "), HasSubstr("E "))) << full;
 }
 
-/// The time stamps of a listing of metric values.
-std::vector<std::string> timeStamps(const std::string& listing) {
-  constexpr std::string_view kLabel = " TimeStamp , datetime , ";
-  std::vector<std::string> result;
-  for (std::size_t at = 0; (at = listing.find(kLabel, at)) != listing.npos; ++at)
-    result.push_back(listing.substr(at + kLabel.size(), 25));
-  return result;
-}
-
-std::string localTime() {
+std::tm localTime() {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};
   ::localtime_r(&now, &parts);
+  return parts;
+}
+
+std::string shown(const std::tm& time) {
   std::array<char, 32> text;
-  std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &parts);
+  std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &time);
   return text.data();
 }
 
@@ -268,26 +261,24 @@ std::string localTime() {
 TEST(CommandLine, TimeStampsAreNowInTheSystemsZone) {
   ::unsetenv("TZ");
   ::tzset();
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  ::localtime_r(&now, &parts);
-  const long minutes = parts.tm_gmtoff / 60;
   std::array<char, 32> offset;
-  std::snprintf(offset.data(), offset.size(), "%+04ld", minutes);
-
+  std::snprintf(offset.data(), offset.size(), "%+04ld", localTime().tm_gmtoff / 60);
+  constexpr std::string_view kLabel = " TimeStamp , datetime , ";
   for (const char* zone : {"TZ=", "TZ=AAA-9", "TZ=BBB+7:30"}) {
     SCOPED_TRACE(zone);
     ProgramRun run = onHost("small-vm", "-e -c BRV_MetricValue");
     run.environment.emplace_back(zone);
-    const std::string before = localTime();
-    const std::vector<std::string> stamps = timeStamps(runProgram(run).output);
-    const std::string after = localTime();
-    EXPECT_EQ(stamps.size(), 58U);
-    for (const std::string& stamp : stamps) {
-      EXPECT_EQ(stamp.substr(21), offset.data());
-      EXPECT_LE(before, stamp.substr(0, 14));
-      EXPECT_GE(after, stamp.substr(0, 14));
+    const std::string before = shown(localTime());
+    const std::string values = runProgram(run).output;
+    const std::string after = shown(localTime());
+    int stamps = 0;
+    for (std::size_t at = 0; (at = values.find(kLabel, at)) != values.npos; ++stamps) {
+      at += kLabel.size();
+      EXPECT_EQ(values.substr(at + 21, 5), offset.data() + std::string("\n"));
+      EXPECT_LE(before, values.substr(at, 14));
+      EXPECT_GE(after, values.substr(at, 14));
     }
+    EXPECT_EQ(stamps, 58);
   }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 #include <vector>
 
 #include "Cimb.h"
@@ -92,10 +91,10 @@ std::vector<std::string> servedClasses() {
   const std::string json = cimb("-provider -E -format json").output;
   std::vector<std::string> classes;
   for (std::size_t at = 0;;) {
-    std::istringstream names(nextValue(json, "ClassName", at));
+    const std::vector<std::string> names = split(nextValue(json, "ClassName", at), ';');
     if (at == json.npos) return classes;
     if (nextValue(json, "OperationalStatus", at) != "2") continue;
-    for (std::string name; std::getline(names, name, ';');) classes.push_back(name);
+    classes.insert(classes.end(), names.begin(), names.end());
   }
 }
 

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <sstream>
 #include <vector>
 
 #include "Cimb.h"
@@ -28,8 +27,7 @@ constexpr const char* kAllMounts = "/ /boot /home/ada /archive /run /data";
 /// The measured elements of one kind of figure, separated by blanks.
 std::string elementsOf(const std::string& id, const std::string& lines) {
   std::string result;
-  std::istringstream stream(lines);
-  for (std::string line; std::getline(stream, line);)
+  for (const std::string& line : split(lines))
     if (line.starts_with(id + '|'))
       result += (result.empty() ? "" : " ") + line.substr(line.rfind('|') + 1);
   return result;

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 
+#include "broker/CmpiBroker_Enumeration.h"
 #include "broker/CmpiBroker_ProviderManager.h"
 #include "cmpi/CmpiBroker.h"
 
@@ -36,52 +38,36 @@ int conversion(const CmpiData& data) {
 }
 
 TEST_F(DataTest, ConvertsBackToItsOwnTypeOnly) {
-  const CmpiDateTime dateTime(5, true);
-  const CmpiArray array(1, CMPI_uint16);
-  const CmpiObjectPath path("root/x", "C");
-  const CmpiData kData[] = {
-      CmpiData(CMPIUint8{1}),
-      CmpiData(CMPIUint16{1}),
-      CmpiData(CMPIUint32{1}),
-      CmpiData(CMPIUint64{1}),
-      CmpiData(CMPISint8{1}),
-      CmpiData(CMPISint16{1}),
-      CmpiData(CMPISint32{1}),
-      CmpiData(CMPISint64{1}),
-      CmpiData(CMPIReal32{1}),
-      CmpiData(CMPIReal64{1}),
-      CmpiData("text"),
-      CmpiData(CmpiString("text")),
-      CmpiData(dateTime),
-      CmpiData(array),
-      CmpiData(path),
-      CmpiBooleanData(true),
-      CmpiData(),
+  const struct {
+    CmpiData data;
+    int (*convert)(const CmpiData&);
+  } kTypes[] = {
+      {CMPIUint8{1}, conversion<CMPIUint8>},
+      {CMPIUint16{1}, conversion<CMPIUint16>},
+      {CMPIUint32{1}, conversion<CMPIUint32>},
+      {CMPIUint64{1}, conversion<CMPIUint64>},
+      {CMPISint8{1}, conversion<CMPISint8>},
+      {CMPISint16{1}, conversion<CMPISint16>},
+      {CMPISint32{1}, conversion<CMPISint32>},
+      {CMPISint64{1}, conversion<CMPISint64>},
+      {CMPIReal32{1}, conversion<CMPIReal32>},
+      {CMPIReal64{1}, conversion<CMPIReal64>},
+      {CmpiDateTime(5, true), conversion<CmpiDateTime>},
+      {CmpiArray(1, CMPI_uint16), conversion<CmpiArray>},
+      {CmpiObjectPath("root/x", "C"), conversion<CmpiObjectPath>},
+      {CmpiBooleanData(true),
+       [](const CmpiData& data) { return codeThrown([&] { data.toBoolean(); }); }},
+      {"text", conversion<CmpiString>},
+      {CmpiString("text"), conversion<CmpiString>},  // chars or string, both are texts
+      {CmpiData(), conversion<CmpiInstance>},
   };
-  int (*const kConversions[])(const CmpiData&) = {
-      conversion<CMPIUint8>,
-      conversion<CMPIUint16>,
-      conversion<CMPIUint32>,
-      conversion<CMPIUint64>,
-      conversion<CMPISint8>,
-      conversion<CMPISint16>,
-      conversion<CMPISint32>,
-      conversion<CMPISint64>,
-      conversion<CMPIReal32>,
-      conversion<CMPIReal64>,
-      conversion<CmpiString>,
-      conversion<CmpiString>,
-      conversion<CmpiDateTime>,
-      conversion<CmpiArray>,
-      conversion<CmpiObjectPath>,
-      [](const CmpiData& data) { return codeThrown([&] { data.toBoolean(); }); },
-      conversion<CmpiInstance>,
-  };
-  for (std::size_t i = 0; i < std::size(kData); ++i)
-    for (std::size_t to = 0; to < std::size(kConversions); ++to) {
-      const bool text = (i == 10 || i == 11) && (to == 10 || to == 11);
-      const bool same = i == to && i + 1 < std::size(kData);
-      EXPECT_EQ(kConversions[to](kData[i]), same || text ? 0 : CMPI_RC_ERR_TYPE_MISMATCH)
+  constexpr std::size_t kTexts = 14;
+  constexpr std::size_t kNone = std::size(kTypes) - 1;
+  for (std::size_t i = 0; i < std::size(kTypes); ++i)
+    for (std::size_t to = 0; to < std::size(kTypes); ++to) {
+      const bool same = i == to || (std::min(i, to) >= kTexts && std::max(i, to) < kNone);
+      EXPECT_EQ(kTypes[to].convert(kTypes[i].data),
+                same && i != kNone ? 0 : CMPI_RC_ERR_TYPE_MISMATCH)
           << i << " to " << to;
     }
   EXPECT_EQ(static_cast<CMPISint16>(CmpiData(CMPISint16{-7})), -7);
@@ -144,6 +130,18 @@ TEST_F(DataTest, PropertiesKeysArgumentsAndElementsRoundTrip) {
   EXPECT_TRUE(passed.getClassName().equals("C"));
   EXPECT_EQ(codeThrown([&] { arguments.getArg("none"); }), CMPI_RC_ERR_NOT_FOUND);
   EXPECT_EQ(arguments.getArgCount(), 1u);
+}
+
+TEST_F(DataTest, AnEnumerationGivesItsInstancesInOrder) {
+  List<CIMObject> found;
+  for (const char* const number : {"1", "2"}) found.emplace().AddCopy("N", number, "uint32");
+  std::string numbers;
+  for (CmpiEnumeration next(CmpiBroker_Enumeration::toInstanceEnum(found).record());
+       next.hasNext();) {
+    const CmpiInstance instance = next.getNext();
+    numbers += std::to_string(static_cast<CMPIUint32>(instance.getProperty("N"))) + ' ';
+  }
+  EXPECT_EQ(numbers, "1 2 ");
 }
 
 TEST_F(DataTest, RefusedAndFailedServicesThrow) {

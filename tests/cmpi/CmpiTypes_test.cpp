@@ -34,51 +34,36 @@ TEST(CmpiTypes, CimNamesStandForTypesAndBack) {
   EXPECT_STREQ(CMPITypeToCIMTypeString(CMPI_charsA), "string[] sep=;");
   EXPECT_EQ(CMPITypeToCIMTypeString(CMPI_instance), nullptr);
   EXPECT_EQ(CMPITypeToCIMTypeString(0x0777), nullptr);
+  EXPECT_STREQ(CMPITypeToString(CMPI_charsptrA), "CMPI_charsptrA");
+  EXPECT_STREQ(CMPITypeToString(0x0777), "unknown");
+  EXPECT_EQ(comparableType(CMPI_charsptrA), CMPI_stringA);
+  EXPECT_EQ(comparableType(CMPI_dateTimeA), CMPI_dateTimeA);
 }
 
 TEST(CmpiTypes, CimNamesInOtherForms) {
   const struct {
     const char* text;
-    int type;  // -1: unknown
+    CMPIType type;
     bool separator;
   } kCases[] = {
-      {"UInt32", CMPI_uint32, false},
-      {"STRING", CMPI_string, false},
-      {"uint32[]", CMPI_uint32A, false},
-      {"Uint32[]", CMPI_uint32A, false},
-      {"string[]sep=|", CMPI_stringA, true},
-      {"string[] SEP=,", CMPI_stringA, true},
-      {"", -1, false},
-      {"int", -1, false},
-      {"uint32x", -1, false},
-      {"uint32[", -1, false},
-      {"[]", -1, false},
-      {"string[] of them", -1, false},
+      {"UInt32", CMPI_uint32, false},        {"STRING", CMPI_string, false},
+      {"uint32[]", CMPI_uint32A, false},     {"Uint32[]", CMPI_uint32A, false},
+      {"string[]sep=|", CMPI_stringA, true}, {"string[] SEP=,", CMPI_stringA, true},
   };
+  testing::internal::CaptureStderr();
   for (const auto& c : kCases) {
     bool separator = !c.separator;
-    testing::internal::CaptureStderr();
-    const CMPIType type = CIMTypeStrToCMPIType(c.text, separator);
-    const std::string trace = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(type, c.type < 0 ? kUnsupportedType : static_cast<CMPIType>(c.type)) << c.text;
-    if (c.type >= 0) {
-      EXPECT_EQ(separator, c.separator) << c.text;
-      EXPECT_EQ(trace, "");
-    } else {
-      EXPECT_TRUE(trace.ends_with(std::string(" Unsupported CIM data type: ") + c.text + "\n"))
-          << trace;
-    }
+    EXPECT_EQ(CIMTypeStrToCMPIType(c.text, separator), c.type) << c.text;
+    EXPECT_EQ(separator, c.separator) << c.text;
   }
-}
-
-TEST(CmpiTypes, CmpiNames) {
-  EXPECT_STREQ(CMPITypeToString(CMPI_uint32), "CMPI_uint32");
-  EXPECT_STREQ(CMPITypeToString(CMPI_stringA), "CMPI_stringA");
-  EXPECT_STREQ(CMPITypeToString(CMPI_charsptr), "CMPI_charsptr");
-  EXPECT_STREQ(CMPITypeToString(0x0777), "unknown");
-  EXPECT_EQ(comparableType(CMPI_charsptrA), CMPI_stringA);
-  EXPECT_EQ(comparableType(CMPI_chars), CMPI_string);
-  EXPECT_EQ(comparableType(CMPI_dateTimeA), CMPI_dateTimeA);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  for (const std::string unknown : {"", "int", "uint32x", "uint32[", "[]", "string[] of them"}) {
+    bool separator = false;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CIMTypeStrToCMPIType(unknown, separator), kUnsupportedType) << unknown;
+    const std::string trace = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(trace.ends_with(" Unsupported CIM data type: " + unknown + "\n")) << trace;
+  }
 }
 
 // The odd ones are kept as they are.
@@ -96,33 +81,18 @@ TEST(CmpiTypes, ErrorTexts) {
   CMPIString freed{nullptr, nullptr};
   EXPECT_EQ(getCMPIErrorInfo({CMPI_RC_ERR_FAILED, &message}), "a message");
   EXPECT_EQ(getCMPIErrorInfo({CMPI_RC_ERR_FAILED, &freed}), "Generic failure.");
-  EXPECT_EQ(getCMPIErrorInfo({CMPI_RC_NEVER_UNLOAD, nullptr}), "MI should not never be unloaded,");
 }
 
-template <class Number>
-std::string textOf(Number CMPIValue::*member, Number number, CMPIType type) {
-  CMPIValue value{};
-  value.*member = number;
-  std::string text = "<";
-  EXPECT_TRUE(CMPIValueToString(text, &value, type));
-  return text + ">";
-}
-
-TEST(CmpiTypes, ValuesToText) {
-  using V = CMPIValue;
-  EXPECT_EQ(textOf<CMPIBoolean>(&V::boolean, 1, CMPI_boolean), "<TRUE>");
-  EXPECT_EQ(textOf<CMPIBoolean>(&V::boolean, 0, CMPI_boolean), "<FALSE>");
-  EXPECT_EQ(textOf<CMPIUint64>(&V::uint64, ~0ull, CMPI_uint64), "<18446744073709551615>");
-  EXPECT_EQ(textOf<CMPIReal32>(&V::real32, 0.1f, CMPI_real32), "<0.1>");
-  EXPECT_EQ(textOf<CMPIReal64>(&V::real64, 1234567, CMPI_real64), "<1.23457e+06>");
+// Those with a text are compared with what the broker makes of them, in its own tests.
+TEST(CmpiTypes, ValuesWithoutText) {
+  for (const int type : {CMPI_chars, CMPI_string, CMPI_dateTime, CMPI_uint16A}) {
+    const CMPIValue null{};
+    std::string text = "<";
+    EXPECT_TRUE(CMPIValueToString(text, &null, static_cast<CMPIType>(type)));
+    EXPECT_EQ(text, "<");
+  }
   char text[] = "text";
   char* pointer = text;
-  EXPECT_EQ(textOf<char*>(&V::chars, text, CMPI_chars), "<text>");
-  EXPECT_EQ(textOf<char*>(&V::chars, nullptr, CMPI_chars), "<>");
-  EXPECT_EQ(textOf<CMPIString*>(&V::string, nullptr, CMPI_string), "<>");
-  EXPECT_EQ(textOf<CMPIDateTime*>(&V::dateTime, nullptr, CMPI_dateTime), "<>");
-  EXPECT_EQ(textOf<CMPIArray*>(&V::array, nullptr, CMPI_uint16A), "<>");
-
   CMPIValue value{};
   std::string out;
   value.chars = reinterpret_cast<char*>(&pointer);

@@ -8,7 +8,7 @@
 namespace brv {
 namespace {
 
-TEST(Text, NullIsNotEmpty) {
+TEST(Text, NullIsNotEmptyAndEveryByteIsKept) {
   const Text null = Text::fromChars(nullptr);
   const Text empty("");
   EXPECT_TRUE(null.isNull());
@@ -20,6 +20,9 @@ TEST(Text, NullIsNotEmpty) {
   EXPECT_TRUE(null == Text());
   EXPECT_TRUE(empty == Text::fromChars(""));
   EXPECT_FALSE(Text("a") == Text("b"));
+  const std::string_view bytes("a\0b", 3);
+  EXPECT_EQ(Text(bytes).view(), bytes);
+  EXPECT_EQ(Text(bytes).c_str()[3], '\0');
 }
 
 TEST(Text, CopiesShareStorageAndOutliveTheOriginal) {
@@ -37,13 +40,6 @@ TEST(Text, CopiesShareStorageAndOutliveTheOriginal) {
   const Text& alias = self;
   self = alias;
   EXPECT_EQ(self.c_str(), storage);
-}
-
-TEST(Text, KeepsEveryByteAndEndsWithNul) {
-  const std::string_view bytes("a\0b", 3);
-  const Text text(bytes);
-  EXPECT_EQ(text.view(), bytes);
-  EXPECT_EQ(text.c_str()[3], '\0');
 }
 
 TEST(TextPool, EqualTextsShareStorageUntilCleared) {

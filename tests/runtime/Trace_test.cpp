@@ -33,16 +33,11 @@ TEST(Trace, LineShowsLevelUnitAndLine) {
   const std::string warning = "W" + at(line + 1) + "no newline\n";
   const std::string detail = "D" + at(line + 2) + "\n";
   const std::string system = "E" + at(line + 3) + "Failed to open x: No such file or directory\n";
-  EXPECT_EQ(traced(-1, all), "");
-  EXPECT_EQ(traced(0, all), "");
+  for (const int silent : {-1, 0}) EXPECT_EQ(traced(silent, all), "");
   EXPECT_EQ(traced(1, all), error + system);
   EXPECT_EQ(traced(2, all), error + warning + system);
-  EXPECT_EQ(traced(3, all), error + warning + detail + system);
-  EXPECT_EQ(traced(99, all), error + warning + detail + system);
-}
-
-TEST(Trace, ArgumentsOfADisabledLevelAreNotEvaluated) {
-  int evaluated = 0;
+  for (const int full : {3, 99}) EXPECT_EQ(traced(full, all), error + warning + detail + system);
+  int evaluated = 0;  // the arguments of a level that is off
   traced(1, [&] { BRV_TRACE(kWarning, "%d", ++evaluated); });
   EXPECT_EQ(evaluated, 0);
 }
