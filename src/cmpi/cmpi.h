@@ -40,34 +40,35 @@ typedef int CMPIErrorProbableCause;
 
 /* Status codes; 1 to 17 are those of CIM operations (DSP0200). */
 #ifdef __cplusplus
-typedef enum _CMPIrc : int { /* providers answer other numbers too */
+#define CMPI_INT_ENUM : int /* any number may come from a provider */
 #else
-typedef enum _CMPIrc {
+#define CMPI_INT_ENUM
 #endif
-                             CMPI_RC_OK = 0,
-                             CMPI_RC_ERR_FAILED = 1,
-                             CMPI_RC_ERR_ACCESS_DENIED = 2,
-                             CMPI_RC_ERR_INVALID_NAMESPACE = 3,
-                             CMPI_RC_ERR_INVALID_PARAMETER = 4,
-                             CMPI_RC_ERR_INVALID_CLASS = 5,
-                             CMPI_RC_ERR_NOT_FOUND = 6,
-                             CMPI_RC_ERR_NOT_SUPPORTED = 7,
-                             CMPI_RC_ERR_CLASS_HAS_CHILDREN = 8,
-                             CMPI_RC_ERR_CLASS_HAS_INSTANCES = 9,
-                             CMPI_RC_ERR_INVALID_SUPERCLASS = 10,
-                             CMPI_RC_ERR_ALREADY_EXISTS = 11,
-                             CMPI_RC_ERR_NO_SUCH_PROPERTY = 12,
-                             CMPI_RC_ERR_TYPE_MISMATCH = 13,
-                             CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED = 14,
-                             CMPI_RC_ERR_INVALID_QUERY = 15,
-                             CMPI_RC_ERR_METHOD_NOT_AVAILABLE = 16,
-                             CMPI_RC_ERR_METHOD_NOT_FOUND = 17,
-                             CMPI_RC_DO_NOT_UNLOAD = 50,
-                             CMPI_RC_NEVER_UNLOAD = 51,
-                             CMPI_RC_ERR_INVALID_HANDLE = 60,
-                             CMPI_RC_ERR_INVALID_DATA_TYPE = 61,
-                             CMPI_RC_ERROR_SYSTEM = 100,
-                             CMPI_RC_ERROR = 200
+typedef enum _CMPIrc CMPI_INT_ENUM {
+  CMPI_RC_OK = 0,
+  CMPI_RC_ERR_FAILED = 1,
+  CMPI_RC_ERR_ACCESS_DENIED = 2,
+  CMPI_RC_ERR_INVALID_NAMESPACE = 3,
+  CMPI_RC_ERR_INVALID_PARAMETER = 4,
+  CMPI_RC_ERR_INVALID_CLASS = 5,
+  CMPI_RC_ERR_NOT_FOUND = 6,
+  CMPI_RC_ERR_NOT_SUPPORTED = 7,
+  CMPI_RC_ERR_CLASS_HAS_CHILDREN = 8,
+  CMPI_RC_ERR_CLASS_HAS_INSTANCES = 9,
+  CMPI_RC_ERR_INVALID_SUPERCLASS = 10,
+  CMPI_RC_ERR_ALREADY_EXISTS = 11,
+  CMPI_RC_ERR_NO_SUCH_PROPERTY = 12,
+  CMPI_RC_ERR_TYPE_MISMATCH = 13,
+  CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED = 14,
+  CMPI_RC_ERR_INVALID_QUERY = 15,
+  CMPI_RC_ERR_METHOD_NOT_AVAILABLE = 16,
+  CMPI_RC_ERR_METHOD_NOT_FOUND = 17,
+  CMPI_RC_DO_NOT_UNLOAD = 50,
+  CMPI_RC_NEVER_UNLOAD = 51,
+  CMPI_RC_ERR_INVALID_HANDLE = 60,
+  CMPI_RC_ERR_INVALID_DATA_TYPE = 61,
+  CMPI_RC_ERROR_SYSTEM = 100,
+  CMPI_RC_ERROR = 200
 } CMPIrc;
 
 /* Value states. */
