@@ -12,12 +12,12 @@ DESTDIR ?=
 # How long `make fuzz` keeps each target busy.
 SECONDS_EACH ?= 60
 
-BUILD_PACKAGES := g++ cmake ninja-build
+BUILD_PACKAGES := g++ cmake ninja-build libboost-dev libpugixml-dev nlohmann-json3-dev
 TEST_PACKAGES := $(BUILD_PACKAGES) libgtest-dev libgmock-dev jq valgrind
 CLANG_PACKAGES := $(BUILD_PACKAGES) clang-14 libclang-rt-14-dev
 BENCH_PACKAGES := $(BUILD_PACKAGES) libbenchmark-dev procps
 
-SOURCES = $(shell find src tests bench fuzz -name '*.cpp' -o -name '*.h' -o -name '*.c')
+SOURCES = $(shell find src tests bench fuzz examples -name '*.cpp' -o -name '*.h' -o -name '*.c')
 PROGRAM := src/cimb/brvcimb
 
 # $(call need,PACKAGES): installs those that are missing. Elsewhere than on Debian that is the

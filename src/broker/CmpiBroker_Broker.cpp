@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "broker/CmpiBroker_Broker.h"
 
+#include <charconv>
 #include <string>
 
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_ProviderManager.h"
+#include "cimclient/CIMClientError.h"
+#include "cimclient/CIMConsumerUnix.h"
+#include "cimclient/CIMObjectPathText.h"
+#include "cmpi/CmpiTypes.h"
 
 namespace brv {
 
@@ -12,6 +17,72 @@ namespace {
 
 const char* orEmpty(const Text& text) {
   return text ? text.c_str() : "";
+}
+
+using PathKind = CIMObjectPathText::Key::Kind;
+
+PathKind keyKind(CMPIType type) {
+  if (type == CMPI_boolean) return PathKind::kBoolean;
+  if (type == CMPI_ref) return PathKind::kReference;
+  const bool isText = type == CMPI_string || type == CMPI_dateTime || type == CMPI_char16;
+  return isText ? PathKind::kString : PathKind::kNumeric;
+}
+
+// Between the elements of an array on its way to the server: a character that XML cannot hold is in
+// none of them.
+constexpr char kElementSeparator = '\x1F';
+
+// The value of an argument or key as a request takes it. A path may be a key of a path.
+std::string requestText(const CmpiBroker_Value& value) {
+  if (value.type() != CMPI_ref || value.isNull()) return orEmpty(value.toText(kElementSeparator));
+  const CMPIObjectPath* record = value.toData().value.ref;
+  if (record == nullptr || record->hdl == nullptr) return {};
+  const auto& path = CmpiBroker_ObjectPath::from(record);
+  CIMObjectPathText text;
+  text.nameSpace = orEmpty(path.getNameSpace());
+  text.className = orEmpty(path.getClassName());
+  for (const CmpiBroker_Value& key : path.properties())
+    if (key.isKey())
+      text.keys.push_back({key.name().c_str(), requestText(key), keyKind(key.type())});
+  return text.toText();
+}
+
+// Null for a type that CIM has no name for.
+Text requestType(CMPIType type) {
+  const CMPIType simple = type & static_cast<CMPIType>(~CMPI_ARRAY);
+  const char* name = CMPITypeToCIMTypeString(simple);
+  if (name == nullptr || simple == type) return Text::fromChars(name);
+  return Text(std::string(name) + "[] sep=" + kElementSeparator);
+}
+
+/// Unlocks the client however its use ends.
+class LockedConsumer {
+ public:
+  explicit LockedConsumer(CIMConsumer& consumer) : m_consumer(consumer) {
+    if (!m_consumer.Lock()) throw CIMClientError("Failed to lock CIMConsumer");
+  }
+  ~LockedConsumer() { m_consumer.Unlock(); }
+  LockedConsumer(const LockedConsumer&) = delete;
+  LockedConsumer& operator=(const LockedConsumer&) = delete;
+
+ private:
+  CIMConsumer& m_consumer;
+};
+
+void traceResult(const CIMObject& result) {
+  BRV_TRACE(kWarning, "Got %d result values\n", static_cast<int>(result.GetCurrentSize()));
+  for (const CIMObject::Entry& entry : result.properties())
+    BRV_TRACE(kDetail, " Key: '%s', Value: '%s', Type: '%s'\n", orEmpty(entry.name),
+              orEmpty(entry.value), orEmpty(entry.type));
+}
+
+CMPIData returnValue(const CIMObject& result) {
+  CMPIData data{CMPI_sint32, CMPI_nullValue, {}};
+  const Text text = result.GetValue("ReturnValue");
+  const char* end = text.view().data() + text.view().size();
+  const auto [rest, error] = std::from_chars(text.view().data(), end, data.value.sint32);
+  if (text && error == std::errc() && rest == end) data.state = CMPI_goodValue;
+  return data;
 }
 
 }  // namespace
@@ -55,8 +126,8 @@ CmpiBroker_Enumeration& CmpiBroker_Broker::enumInstances(const CmpiBroker_Object
   return CmpiBroker_Enumeration::toInstanceEnum(objects);
 }
 
-void CmpiBroker_Broker::invokeMethod(const CmpiBroker_ObjectPath& path, const char* method,
-                                     const CmpiBroker_Args& in, CmpiBroker_Args& out) {
+CMPIData CmpiBroker_Broker::invokeMethod(const CmpiBroker_ObjectPath& path, const char* method,
+                                         const CmpiBroker_Args& in, CmpiBroker_Args& out) {
   const Text className = path.getClassName();
   if (className.isNull())
     BRV_THROW(CmpiBroker_InvalidArgumentException("Invalid request: Missing class name"));
@@ -66,24 +137,49 @@ void CmpiBroker_Broker::invokeMethod(const CmpiBroker_ObjectPath& path, const ch
   CIMRequest request;
   if (!makeRequest(request, path, true)) BRV_THROW(CmpiBroker_Exception("Invalid request"));
   request.setMethodName(method);
-  for (const CmpiBroker_Value& value : path.properties())
-    if (value.isKey()) request.AddAttribute(value.name().c_str(), orEmpty(value.toText()));
-  for (const CmpiBroker_Value& value : in.properties())
-    request.AddArgument(value.name().c_str(), orEmpty(value.toText()));
+  for (const CmpiBroker_Value& key : path.properties())
+    if (key.isKey())
+      request.AddAttribute(key.name().c_str(), requestText(key).c_str(),
+                           requestType(key.type()).c_str());
+  for (const CmpiBroker_Value& argument : in.properties())
+    request.AddArgument(argument.name().c_str(), requestText(argument).c_str(),
+                        requestType(argument.type()).c_str());
   List<CIMObject> objects;
   processCIMConsumerRequest(request, objects, nullptr, path.getHostName().c_str());
-  if (!objects.empty()) out.load(objects[0], false);
+  if (objects.empty()) return {CMPI_sint32, CMPI_nullValue, {}};
+  out.load(objects[0], false);
+  return returnValue(objects[0]);
 }
 
-void CmpiBroker_Broker::processCIMConsumerRequest(const CIMRequest& request, List<CIMObject>&,
-                                                  const char**, const char*) {
-  // The program has no client for CIM servers, so every request ends as one that got no answer.
-  const std::string error = "CIM request failed: class '" +
-                            std::string(request.getClassname().view()) +
-                            "' is not served here and no CIM server can be asked";
-  BRV_TRACE(kError, "Failed to process %s of %s: %s\n", orEmpty(request.getMethodName()),
-            orEmpty(request.getClassname()), error.c_str());
-  BRV_THROW(CmpiBroker_Exception("%s", error.c_str()));
+CIMConsumer& CmpiBroker_Broker::getCIMConsumer(const char* destination) {
+  const std::lock_guard<std::mutex> guard(m_consumerCreation);
+  if (!m_consumer) m_consumer = std::make_unique<CIMConsumerUnix>();
+  if (destination != nullptr) m_consumer->setDestination(destination);
+  return *m_consumer;
+}
+
+void CmpiBroker_Broker::processCIMConsumerRequest(const CIMRequest& request, List<CIMObject>& out,
+                                                  const char** properties,
+                                                  const char* destination) {
+  const char* operation = orEmpty(request.getMethodName());
+  const char* className = orEmpty(request.getClassname());
+  try {
+    CIMConsumer& consumer = getCIMConsumer(destination);
+    const LockedConsumer locked(consumer);
+    if (request.getMethodName().view() == CIMRequest::kEnumerateInstances) {
+      const std::size_t before = out.size();
+      consumer.enumerateInstances(request, out, properties);
+      BRV_TRACE(kWarning, "Enumerated %d instance(s) of %s\n",
+                static_cast<int>(out.size() - before), className);
+    } else {
+      std::unique_ptr<CIMObject> result = consumer.execute(request);
+      traceResult(*result);
+      out.add(result.release());
+    }
+  } catch (const CIMClientError& error) {
+    BRV_TRACE(kError, "Failed to process %s of %s: %s\n", operation, className, error.what());
+    BRV_THROW(CmpiBroker_Exception("%s", error.what()));
+  }
 }
 
 }  // namespace brv

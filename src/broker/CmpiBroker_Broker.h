@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <memory>
+#include <mutex>
+
 #include "broker/CmpiBroker_Args.h"
 #include "broker/CmpiBroker_Enumeration.h"
 #include "broker/CmpiBroker_ObjectPath.h"
+#include "cimclient/CIMConsumer.h"
 #include "cimobject/CIMRequest.h"
 #include "cmpi/cmpi.h"
 
@@ -34,16 +38,23 @@ class CmpiBroker_Broker : private CMPIBroker {
   /// none serves the class.
   CmpiBroker_Enumeration& enumInstances(const CmpiBroker_ObjectPath& path, const char** properties);
 
-  /// Invokes a method at the external CIM server; its results go into `out`.
-  void invokeMethod(const CmpiBroker_ObjectPath& path, const char* method,
-                    const CmpiBroker_Args& in, CmpiBroker_Args& out);
+  /// Invokes a method at the external CIM server; its results go into `out`. Gives the return value
+  /// as CMPI_sint32, null where there is none or it is no such number.
+  CMPIData invokeMethod(const CmpiBroker_ObjectPath& path, const char* method,
+                        const CmpiBroker_Args& in, CmpiBroker_Args& out);
+
+  /// The client of the external CIM server, made when it is first needed. A `destination` that is
+  /// not null becomes its own.
+  CIMConsumer& getCIMConsumer(const char* destination);
 
  private:
-  /// Passes a request to the external CIM server that `destination` names (null: the default one).
+  /// Passes a request to the external CIM server and appends what it answers.
   void processCIMConsumerRequest(const CIMRequest& request, List<CIMObject>& out,
                                  const char** properties, const char* destination);
 
   CmpiBroker_ProviderManager& m_manager;
+  std::mutex m_consumerCreation;
+  std::unique_ptr<CIMConsumer> m_consumer;
 };
 
 /// The tables of the broker's record; CmpiBroker_BrokerTables.cpp and CmpiBroker_BrokerExt.cpp.

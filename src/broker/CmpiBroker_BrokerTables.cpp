@@ -37,9 +37,9 @@ CMPIData Broker_invokeMethod(const CMPIBroker* record, const CMPIContext*,
                 BRV_FAIL(inner, CMPI_RC_ERR_INVALID_HANDLE, "Invalid handle\n");
                 return detail::refusal<CMPIData>();
               }
-              broker.invokeMethod(self, method, in != nullptr ? CmpiBroker_Args::from(in) : none,
-                                  out != nullptr ? CmpiBroker_Args::from(out) : none);
-              return CMPIData{CMPI_sint32, CMPI_goodValue, {}};
+              return broker.invokeMethod(self, method,
+                                         in != nullptr ? CmpiBroker_Args::from(in) : none,
+                                         out != nullptr ? CmpiBroker_Args::from(out) : none);
             });
       });
 }

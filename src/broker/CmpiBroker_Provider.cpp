@@ -14,6 +14,7 @@
 #include "cmpi/CmpiTypes.h"
 #include "runtime/LibraryLoader.h"
 #include "runtime/OsUtility.h"
+#include "runtime/Threads.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -272,6 +273,11 @@ void CmpiBroker_Provider::cleanup(MI* mi, const char* kind) {
 }
 
 void CmpiBroker_Provider::closeLibrary() {
+  // The program starts none itself, and code that was unloaded cannot run on.
+  if (m_library != nullptr && !m_keepsLibrary && OtherThreadsRun()) {
+    BRV_TRACE(kWarning, "Threads are running: %s stays open\n", m_libraryPath.c_str());
+    m_keepsLibrary = true;
+  }
   if (m_library != nullptr && !m_keepsLibrary)
     if (const int code = LibraryLoader::close(m_library))
       BRV_TRACE(kError, "Failed to unload library %s (rc = %d)\n", m_info->module, code);

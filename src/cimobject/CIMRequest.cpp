@@ -32,7 +32,7 @@ void addPair(std::vector<CIMRequest::Attributes>& list, std::string_view pair) {
   const std::size_t equals = pair.find('=');
   Text value;
   if (equals != std::string_view::npos) value = Text(DecodeURI(pair.substr(equals + 1)));
-  list.push_back({Text(DecodeURI(pair.substr(0, equals))), std::move(value)});
+  list.push_back({Text(DecodeURI(pair.substr(0, equals))), std::move(value), Text()});
 }
 
 void addPairs(std::vector<CIMRequest::Attributes>& list, const char* text) {
@@ -76,10 +76,6 @@ void CIMRequest::AddAttribute(const char* pair) {
 
 void CIMRequest::AddArgument(const char* pair) {
   if (pair != nullptr) addPair(m_arguments, pair);
-}
-
-void CIMRequest::AddAttribute(const char* name, const char* value) {
-  m_attributes.push_back({Text::fromChars(name), Text::fromChars(value)});
 }
 
 Text CIMRequest::GetAttributeValue(const char* name) const {

@@ -15,11 +15,12 @@ namespace brv {
 /// and options. Every text may be null, which means "not given".
 class CIMRequest {
  public:
-  /// A key property or a method argument. `a=` gives the empty value, `a` alone a null one. The
-  /// value of an argument may begin with its type in parentheses.
+  /// A key property or a method argument. `a=` gives the empty value, `a` alone a null one. Where
+  /// the type is null, the value of an argument may begin with one in parentheses.
   struct Attributes {
     Text name;
     Text value;
+    Text type;  ///< CIM type name as CIMObject::Entry has it; null: not known
   };
 
   /// Bits of the options.
@@ -90,9 +91,11 @@ class CIMRequest {
   void AddAttribute(const char* pair);
   void AddArgument(const char* pair);
   /// Appends a pair as it is, without decoding.
-  void AddAttribute(const char* name, const char* value);
-  void AddArgument(const char* name, const char* value) {
-    m_arguments.push_back({Text::fromChars(name), Text::fromChars(value)});
+  void AddAttribute(const char* name, const char* value, const char* type = nullptr) {
+    m_attributes.push_back({Text::fromChars(name), Text::fromChars(value), Text::fromChars(type)});
+  }
+  void AddArgument(const char* name, const char* value, const char* type = nullptr) {
+    m_arguments.push_back({Text::fromChars(name), Text::fromChars(value), Text::fromChars(type)});
   }
   /// The value of the first attribute of exactly that name; null when there is none.
   Text GetAttributeValue(const char* name) const;

@@ -2,6 +2,7 @@
 #include "runtime/LibraryLoader.h"
 
 #include <dlfcn.h>
+#include <unwind.h>
 
 #include "runtime/Trace.h"
 
@@ -14,6 +15,12 @@ const char* loaderText() {
   return text ? text : "no reason given";
 }
 
+// A library with an unwinder of its own (-static-libgcc) throws through this program's frames. That
+// aborts unless this program's unwinder was started before.
+void startUnwinder() {
+  _Unwind_Backtrace([](_Unwind_Context*, void*) { return _URC_END_OF_STACK; }, nullptr);
+}
+
 }  // namespace
 
 int LibraryLoader::open(const std::string& path, void*& handle) {
@@ -22,6 +29,7 @@ int LibraryLoader::open(const std::string& path, void*& handle) {
     BRV_TRACE(kError, "Failed to open library %s: %s\n", path.c_str(), loaderText());
     return kOpenFailed;
   }
+  startUnwinder();
   handle = opened;
   return kOk;
 }

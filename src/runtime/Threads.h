@@ -11,6 +11,9 @@ namespace brv {
 int ThrProcInit();
 /// The text of an error code of the thread functions.
 const char* ThrErrToStr(int code);
+/// Whether the process has threads besides the caller's. One that is just leaving gets up to 20 ms
+/// to be gone. Source: the number of links of /proc/self/task; false where that cannot be read.
+bool OtherThreadsRun();
 
 /// A named mutex that its owner cannot take twice: the second attempt fails instead of waiting for
 /// ever.

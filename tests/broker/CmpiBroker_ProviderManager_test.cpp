@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "broker/CmpiBroker_Broker.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "cmpi/CmpiMI.h"
 
@@ -330,6 +331,30 @@ TEST_F(ManagerTest, OnlyTheThreadThatServesMayCallBack) {
     }
   }).join();
   EXPECT_NE(elsewhere, "");
+}
+
+TEST_F(ManagerTest, TheClientOfTheCimServerIsKeptAndLocked) {
+  CmpiBroker_Broker broker(*m_manager);
+  CIMConsumer& client = broker.getCIMConsumer("there");
+  EXPECT_EQ(&client, &broker.getCIMConsumer(nullptr));
+  EXPECT_EQ(client.destination(), "there");
+  const auto ask = [&broker](const char* method) -> std::string {
+    CmpiBroker_Args arguments;
+    try {
+      broker.invokeMethod(CmpiBroker_ObjectPath("root/x", "C"), method, arguments, arguments);
+    } catch (const CmpiBroker_Exception& exception) {
+      return exception.what();
+    }
+    return "no failure";
+  };
+  EXPECT_EQ(ask(""), "Invalid request: Missing method name");
+  ASSERT_TRUE(client.Lock());
+  EXPECT_EQ(ask("M"), "Failed to lock CIMConsumer");
+  client.Unlock();
+  // Without a socket it fails, and is unlocked again.
+  EXPECT_EQ(ask("M").substr(0, 27), "No CIM server can be asked:");
+  EXPECT_TRUE(client.Lock());
+  client.Unlock();
 }
 
 // The host inventory: every class has an instance named after it, but for those left out.

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "Cimb.h"
+#include "cimclient/CIMObjectParser.h"
+#include "support/ObjectContents.h"
 
 namespace brv::test {
 namespace {
@@ -111,6 +114,63 @@ TEST(Golden, EveryServedClassHasItsListing) {
     EXPECT_EQ(run.status, 0) << run.error;
     const std::string output = name == "BRV_MetricValue" ? masked(run.output) : run.output;
     EXPECT_EQ(firstDifference(readFile(dataFile("listings/" + name + ".txt")), output), "");
+  }
+}
+
+struct RoundTrip {
+  const char* format;
+  bool (*parse)(std::string_view, List<CIMObject>&, std::string&);
+  void (*print)(const CIMObject&, std::string&);
+};
+constexpr RoundTrip kRoundTrips[] = {
+    {"tree", parseCIMObjectText,
+     [](const CIMObject& object, std::string& out) { object.appendTree(out, object.kEscape, 0); }},
+    {"flat", parseCIMObjectText,
+     [](const CIMObject& object, std::string& out) {
+       object.appendTree(out, object.kEscape | object.kFlat, 0);
+     }},
+    {"json", parseCIMObjectJSON,
+     [](const CIMObject& object, std::string& out) { object.appendJSON(out, 0); }},
+};
+
+// What the program prints of `request` in one format, read, printed again and compared byte for
+// byte. The objects as text, masked.
+std::vector<std::string> readBack(const std::string& host, const std::string& request,
+                                  const RoundTrip& trip) {
+  const ProgramResult run = runProgram(onHost(host, request + " -format " + trip.format));
+  List<CIMObject> objects;
+  std::string error;
+  EXPECT_TRUE(trip.parse(run.output, objects, error)) << error;
+  std::string again;
+  std::vector<std::string> texts;
+  for (const CIMObject& object : objects) {
+    trip.print(object, again += '\n');
+    texts.push_back(masked(contents(object, true)));
+  }
+  EXPECT_EQ(firstDifference(run.output, again), "");
+  return texts;
+}
+
+TEST(Golden, EveryObjectOfEveryHostIsReadBackEqual) {
+  std::vector<std::string> requests{"-provider"};
+  for (const std::string& name : servedClasses()) requests.push_back("-e -c " + name);
+  EXPECT_GE(requests.size(), 5);
+  for (const auto& entry : std::filesystem::directory_iterator(dataFile("hosts"))) {
+    if (!entry.is_directory()) continue;
+    const std::string host = entry.path().filename();
+    for (const std::string& request : requests) {
+      SCOPED_TRACE(host + ": " + request);
+      const ProgramResult table = runProgram(onHost(host, request + " -format table"));
+      const std::size_t rows = split(table.output).size();
+      EXPECT_GT(rows, 1);
+      std::vector<std::string> texts;
+      for (const RoundTrip& trip : kRoundTrips) {
+        SCOPED_TRACE(trip.format);
+        const std::vector<std::string> before = std::exchange(texts, readBack(host, request, trip));
+        EXPECT_EQ(texts.size() + 1, rows);
+        if (!before.empty()) EXPECT_EQ(texts, before);
+      }
+    }
   }
 }
 

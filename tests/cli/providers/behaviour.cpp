@@ -102,7 +102,8 @@ CMPIStatus makeElsewhere() {
   return {CMPI_RC_ERR_FAILED, g_broker->eft->newString(g_broker, text.c_str(), nullptr)};
 }
 
-// A thread that goes on until the process ends: the library must be closed by nobody.
+// A thread that goes on until the process ends: the library must be closed by nobody, whether its
+// clean-up says so or is not even called.
 bool g_lingers = false;
 void linger() {
   g_lingers = true;
@@ -159,7 +160,8 @@ CMPIInstanceMI* create(Provider& provider, const char* name, const CMPIBroker* b
   g_broker = broker;
   ++provider_count;
   provider = {{&provider, &kTable}, name, does != nullptr ? does : ""};
-  if (provider.does == "refuse") {
+  if (provider.does.starts_with("run on")) linger();
+  if (provider.does == "refuse" || provider.does == "run on and refuse") {
     *status = failure(CMPI_RC_ERR_NOT_SUPPORTED, "not this host");
   } else if (provider.does == "refuse silently") {
     *status = {CMPI_RC_ERR_NOT_SUPPORTED, nullptr};

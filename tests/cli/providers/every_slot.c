@@ -515,13 +515,13 @@ static void upCalls(void) {
 #define ENUMERATE(path) bf->enumerateInstances(br, cx, path, NULL, S)
 #define INVOKE(className, method, in) \
   bf->invokeMethod(br, cx, classPath(NULL, className), method, in, out, S)
-  OBJ(ENUMERATE(classPath("root/cimv2", "No_Class")), "1 none: CIM request failed...",
-      "Failed to process EnumerateInstances of No_Class: CIM request failed...");
+  OBJ(ENUMERATE(classPath("root/cimv2", "No_Class")), "1 none: No CIM server can be asked...",
+      "Failed to process EnumerateInstances of No_Class: No CIM server can be asked...");
   OBJ(ENUMERATE(classPath("root/cimv2", NULL)), "1 none: Invalid request",
       "Invalid ObjectPath: Missing ClassName");
   OBJ(ENUMERATE(NULL), "4 none", ARGUMENT);
-  DATA(INVOKE("No_Class", "Start", in), "1 null: CIM request failed...",
-       "Failed to process Start of No_Class: CIM request failed...");
+  DATA(INVOKE("No_Class", "Start", in), "1 null: No CIM server can be asked...",
+       "Failed to process Start of No_Class: No CIM server can be asked...");
   DATA(INVOKE(NULL, "Start", in), "1 null: Invalid request: Missing class name");
   DATA(INVOKE("No_Class", NULL, in), "1 null: Invalid request: Missing method name");
   DATA(INVOKE("No_Class", "Start", &noHandle), "60 null", HANDLE);
