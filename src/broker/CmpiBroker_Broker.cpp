@@ -32,9 +32,14 @@ PathKind keyKind(CMPIType type) {
 // none of them.
 constexpr char kElementSeparator = '\x1F';
 
-// The value of an argument or key as a request takes it. A path may be a key of a path.
-std::string requestText(const CmpiBroker_Value& value) {
+// A path may be a key of a path, and by mistake of itself.
+constexpr int kPathLevels = 4;
+
+// The value of an argument or key as a request takes it.
+std::string requestText(const CmpiBroker_Value& value, int level = 1) {
   if (value.type() != CMPI_ref || value.isNull()) return orEmpty(value.toText(kElementSeparator));
+  if (level > kPathLevels)
+    BRV_THROW(CmpiBroker_InvalidArgumentException("Invalid request: Paths within paths"));
   const CMPIObjectPath* record = value.toData().value.ref;
   if (record == nullptr || record->hdl == nullptr) return {};
   const auto& path = CmpiBroker_ObjectPath::from(record);
@@ -43,7 +48,7 @@ std::string requestText(const CmpiBroker_Value& value) {
   text.className = orEmpty(path.getClassName());
   for (const CmpiBroker_Value& key : path.properties())
     if (key.isKey())
-      text.keys.push_back({key.name().c_str(), requestText(key), keyKind(key.type())});
+      text.keys.push_back({key.name().c_str(), requestText(key, level + 1), keyKind(key.type())});
   return text.toText();
 }
 

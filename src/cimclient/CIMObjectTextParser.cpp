@@ -6,13 +6,13 @@
 
 #include "cimclient/CIMObjectFault.h"
 #include "cimclient/CIMObjectParser.h"
+#include "cimobject/CIMObjectLayout.h"
 
 namespace brv {
 
 namespace {
 
-// Deeper members are indented as this level.
-constexpr std::size_t kMaxIndent = 49;
+constexpr std::size_t kMaxIndent = kMaxTreeIndent;
 // Longer values are hardly ever equal.
 constexpr std::size_t kLongestShared = 32;
 

@@ -13,8 +13,6 @@ namespace brv {
 
 namespace {
 
-constexpr int kMaxTreeIndent = 49;
-
 void indent(std::string& out, int level) {
   if (level > 0) out.append(2 * static_cast<std::size_t>(level), ' ');
 }

@@ -6,6 +6,9 @@
 
 namespace brv {
 
+/// Deeper members of the tree layout are indented as this level.
+inline constexpr int kMaxTreeIndent = 49;
+
 /// Appends `text` with a backslash before every `}`, `;` and newline.
 void escapeCtrlChrs(std::string& out, std::string_view text);
 

@@ -193,6 +193,8 @@ TEST_F(CimServers, WhatGoesWrongIsSaidAndNothingElse) {
     EXPECT_THAT(result.error, HasSubstr("Failed to process "));
   }
   EXPECT_THAT(run({socketVariable()}).error, HasSubstr("Error: " + at));
+  EXPECT_THAT(run({socketVariable(), "ASK_METHOD=Prime", "ASK_CIRCLE="}).error,
+              HasSubstr("Error: Invalid request: Paths within paths\n"));
   EXPECT_THAT(run({}).error,
               HasSubstr("Error: No CIM server can be asked: CIMOM_SOCKET_PATH is not set"));
 }

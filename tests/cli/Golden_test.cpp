@@ -159,7 +159,8 @@ TEST(Golden, EveryObjectOfEveryHostIsReadBackEqual) {
     if (!entry.is_directory()) continue;
     const std::string host = entry.path().filename();
     for (const std::string& request : requests) {
-      SCOPED_TRACE(host + ": " + request);
+      SCOPED_TRACE(host);
+      SCOPED_TRACE(request);
       const ProgramResult table = runProgram(onHost(host, request + " -format table"));
       const std::size_t rows = split(table.output).size();
       EXPECT_GT(rows, 1);
@@ -168,7 +169,9 @@ TEST(Golden, EveryObjectOfEveryHostIsReadBackEqual) {
         SCOPED_TRACE(trip.format);
         const std::vector<std::string> before = std::exchange(texts, readBack(host, request, trip));
         EXPECT_EQ(texts.size() + 1, rows);
-        if (!before.empty()) EXPECT_EQ(texts, before);
+        if (&trip != kRoundTrips) {
+          EXPECT_EQ(texts, before);
+        }
       }
     }
   }

@@ -1,8 +1,9 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Serves Linux_OperatingSystem with what a CIM server says. The environment tells what to ask:
- * ASK_CLASS, ASK_NAMESPACE, and ASK_METHOD for a method instead of the instances. Built as a
- * provider of somebody else would be: against the interface alone.
+ * ASK_CLASS, ASK_NAMESPACE, and ASK_METHOD for a method instead of the instances, with ASK_CIRCLE
+ * of a path that is a key of itself. Built as a provider of somebody else would be: against the
+ * interface alone.
  */
 #include <stdlib.h>
 #include <string.h>
@@ -36,6 +37,7 @@ static CMPIStatus invoke(const CMPIContext* context, const CMPIResult* result) {
   CMPIObjectPath* path = askedPath();
   path->ft->addKey(path, "Id", CHARS("p&1=\"x\""), CMPI_chars);
   path->ft->addKey(path, "Line", V(uint16, 3), CMPI_uint16);
+  if (getenv("ASK_CIRCLE") != NULL) path->ft->addKey(path, "Self", V(ref, path), CMPI_ref);
   CMPIArray* list = broker->eft->newArray(broker, 2, CMPI_string, NULL);
   list->ft->setElementAt(list, 0, CHARS("a;b"), CMPI_chars);
   list->ft->setElementAt(list, 1, CHARS(""), CMPI_chars);
