@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "broker/CmpiBroker_Broker.h"
 
+#include <array>
 #include <charconv>
+#include <cstdio>
 #include <string>
 
+#include "broker/CmpiBroker_Array.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_ProviderManager.h"
 #include "cimclient/CIMClientError.h"
 #include "cimclient/CIMConsumerUnix.h"
 #include "cimclient/CIMObjectPathText.h"
+#include "cimclient/CIMTypeNames.h"
 #include "cmpi/CmpiTypes.h"
 
 namespace brv {
@@ -28,21 +32,14 @@ PathKind keyKind(CMPIType type) {
   return isText ? PathKind::kString : PathKind::kNumeric;
 }
 
-// Between the elements of an array on its way to the server: a character that XML cannot hold is in
-// none of them.
-constexpr char kElementSeparator = '\x1F';
-
 // A path may be a key of a path, and by mistake of itself.
 constexpr int kPathLevels = 4;
 
-// The value of an argument or key as a request takes it.
-std::string requestText(const CmpiBroker_Value& value, int level = 1) {
-  if (value.type() != CMPI_ref || value.isNull()) return orEmpty(value.toText(kElementSeparator));
+std::string requestText(const CmpiBroker_Value& value, int level = 1);
+
+std::string pathText(const CmpiBroker_ObjectPath& path, int level) {
   if (level > kPathLevels)
     BRV_THROW(CmpiBroker_InvalidArgumentException("Invalid request: Paths within paths"));
-  const CMPIObjectPath* record = value.toData().value.ref;
-  if (record == nullptr || record->hdl == nullptr) return {};
-  const auto& path = CmpiBroker_ObjectPath::from(record);
   CIMObjectPathText text;
   text.nameSpace = orEmpty(path.getNameSpace());
   text.className = orEmpty(path.getClassName());
@@ -52,12 +49,38 @@ std::string requestText(const CmpiBroker_Value& value, int level = 1) {
   return text.toText();
 }
 
+// The value of an argument or key as a request takes it: reals with every digit, and what is inside
+// of arrays and references as well.
+std::string requestText(const CmpiBroker_Value& value, int level) {
+  if (value.isNull()) return {};
+  const CMPIValue data = value.toData().value;
+  std::array<char, 32> real;
+  if ((value.type() & CMPI_ARRAY) != 0) {
+    std::string text;
+    for (const CmpiBroker_Value& element : CmpiBroker_Array::from(data.array).elements())
+      text += requestText(element, level) + kElementEnd;
+    return text;
+  }
+  switch (value.type()) {
+    case CMPI_ref:
+      return data.ref->hdl != nullptr ? pathText(CmpiBroker_ObjectPath::from(data.ref), level) : "";
+    case CMPI_real32:
+      std::snprintf(real.data(), real.size(), "%.9g", static_cast<double>(data.real32));
+      return real.data();
+    case CMPI_real64:
+      std::snprintf(real.data(), real.size(), "%.17g", data.real64);
+      return real.data();
+    default:
+      return orEmpty(value.toText());
+  }
+}
+
 // Null for a type that CIM has no name for.
 Text requestType(CMPIType type) {
   const CMPIType simple = type & static_cast<CMPIType>(~CMPI_ARRAY);
   const char* name = CMPITypeToCIMTypeString(simple);
   if (name == nullptr || simple == type) return Text::fromChars(name);
-  return Text(std::string(name) + "[] sep=" + kElementSeparator);
+  return Text(std::string(name) + "[] sep=" + kElementEnd);
 }
 
 /// Unlocks the client however its use ends.
@@ -146,9 +169,12 @@ CMPIData CmpiBroker_Broker::invokeMethod(const CmpiBroker_ObjectPath& path, cons
     if (key.isKey())
       request.AddAttribute(key.name().c_str(), requestText(key).c_str(),
                            requestType(key.type()).c_str());
-  for (const CmpiBroker_Value& argument : in.properties())
-    request.AddArgument(argument.name().c_str(), requestText(argument).c_str(),
+  for (const CmpiBroker_Value& argument : in.properties()) {
+    // An array without elements is not the same as none.
+    const bool missing = argument.isNull() && (argument.type() & CMPI_ARRAY) != 0;
+    request.AddArgument(argument.name().c_str(), missing ? nullptr : requestText(argument).c_str(),
                         requestType(argument.type()).c_str());
+  }
   List<CIMObject> objects;
   processCIMConsumerRequest(request, objects, nullptr, path.getHostName().c_str());
   if (objects.empty()) return {CMPI_sint32, CMPI_nullValue, {}};

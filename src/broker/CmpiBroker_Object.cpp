@@ -15,6 +15,17 @@ namespace {
 // What the smallest common instance, a metric value, has: larger ones grow from here.
 constexpr std::size_t kFirstCapacity = 5;
 
+// Above this a table of names is kept: objects from outside may have a million. Of fewer each is
+// looked at.
+constexpr std::size_t kManyProperties = 64;
+
+std::string placeKey(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers) {
+  std::string key(name);
+  for (char& c : key)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+  return key += static_cast<char>(qualifiers);
+}
+
 bool sameName(const Text& name, std::string_view other) {
   const std::string_view own = name.view();
   return own.size() == other.size() && strncasecmp(own.data(), other.data(), own.size()) == 0;
@@ -48,9 +59,26 @@ const CmpiBroker_Value* CmpiBroker_Object::getProperty(int index) const {
 
 const CmpiBroker_Value* CmpiBroker_Object::getProperty(
     std::string_view name, CmpiBroker_Value::Qualifiers qualifiers) const {
-  for (const CmpiBroker_Value& value : properties())
-    if (value.qualifiers() == qualifiers && sameName(value.name(), name)) return &value;
-  return nullptr;
+  const std::size_t place = find(name, qualifiers);
+  return place < getPropertyCount() ? &(*m_properties)[place] : nullptr;
+}
+
+std::size_t CmpiBroker_Object::find(std::string_view name,
+                                    CmpiBroker_Value::Qualifiers qualifiers) const {
+  const Properties& all = properties();
+  if (all.size() <= kManyProperties) {
+    m_places.reset();
+    std::size_t place = 0;
+    while (place < all.size() &&
+           (all[place].qualifiers() != qualifiers || !sameName(all[place].name(), name)))
+      ++place;
+    return place;
+  }
+  if (!m_places) m_places = std::make_unique<Places>();
+  for (std::size_t i = m_places->size(); i < all.size(); ++i)
+    m_places->emplace(placeKey(all[i].name().view(), all[i].qualifiers()), i);
+  const auto found = m_places->find(placeKey(name, qualifiers));
+  return found != m_places->end() ? found->second : all.size();
 }
 
 CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
@@ -61,8 +89,8 @@ CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
   } else if (m_properties.use_count() > 1) {
     m_properties = std::make_shared<Properties>(*m_properties);
   }
-  for (CmpiBroker_Value& value : *m_properties)
-    if (value.qualifiers() == qualifiers && sameName(value.name(), name)) return value;
+  const std::size_t place = find(name, qualifiers);
+  if (place < m_properties->size()) return (*m_properties)[place];
   return m_properties->emplace_back(CmpiBroker_Context::getInstance().names().get(name),
                                     qualifiers);
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "broker/CmpiBroker_Context.h"
@@ -50,9 +52,15 @@ class CmpiBroker_Object : public CmpiBroker_Registered {
   CmpiBroker_Object() = default;
 
  private:
+  /// Where the properties of a large object are, by name in lower case and qualifiers.
+  using Places = std::unordered_map<std::string, std::size_t>;
+
+  /// The place of a property, or the number of properties.
+  std::size_t find(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers) const;
   CmpiBroker_Value& propertyToSet(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers);
 
   std::shared_ptr<Properties> m_properties;  // null: none yet
+  mutable std::unique_ptr<Places> m_places;  // null: none was needed yet
 };
 
 }  // namespace brv

@@ -278,14 +278,14 @@ CMPIData CmpiBroker_Value::toData() const {
   return data;
 }
 
-void CmpiBroker_Value::appendText(std::string& out, char separator) const {
+void CmpiBroker_Value::appendText(std::string& out) const {
   if (isNull()) return;
   if (const Text* text = std::get_if<Text>(&m_content)) {
     out += text->view();
   } else if (const auto* elements = std::get_if<std::unique_ptr<Elements>>(&m_content)) {
     for (std::size_t i = 0; i < (*elements)->size(); ++i) {
-      if (i > 0) out += separator;
-      (**elements)[i].appendText(out, separator);
+      if (i > 0) out += ';';
+      (**elements)[i].appendText(out);
     }
   } else if (m_type == CMPI_dateTime) {
     out += CmpiBroker_DateTime::toText(std::get<std::uint64_t>(m_content), m_interval).view();
@@ -294,13 +294,13 @@ void CmpiBroker_Value::appendText(std::string& out, char separator) const {
   }
 }
 
-Text CmpiBroker_Value::toText(char separator) const {
+Text CmpiBroker_Value::toText() const {
   if (isNull()) return Text();
   if (const Text* text = std::get_if<Text>(&m_content)) return *text;
   if (m_type == CMPI_dateTime)
     return CmpiBroker_DateTime::toText(std::get<std::uint64_t>(m_content), m_interval);
   std::string text;
-  appendText(text, separator);
+  appendText(text);
   return Text(text);
 }
 

@@ -49,12 +49,11 @@ class CmpiBroker_Value {
 
   /// The value for a provider; texts, date-times and arrays as new objects of the context.
   CMPIData toData() const;
-  /// The value as text, null for NULL; `separator` stands between the elements of an array. Types
-  /// without a text form are traced and give empty text.
-  Text toText(char separator = ';') const;
+  /// The value as text, null for NULL. Types without a text form are traced and give empty text.
+  Text toText() const;
 
  private:
-  void appendText(std::string& out, char separator) const;
+  void appendText(std::string& out) const;
   CMPIValue scalar() const;
   void setScalar(const void* value, std::size_t size);
 

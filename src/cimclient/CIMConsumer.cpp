@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimclient/CIMConsumer.h"
 
+#include <new>
+
 #include "cimclient/CIMClientError.h"
 #include "cimclient/CIMXMLRequest.h"
 
@@ -16,6 +18,8 @@ void CIMConsumer::ask(const HTTPCIMRequest& request, CIMXMLResponse::Operation o
     // What the server itself answered needs no place; a failed exchange does.
     if (error.code() != 0) throw;
     throw CIMClientError(server() + ": " + error.what());
+  } catch (const std::bad_alloc&) {
+    throw CIMClientError(server() + ": there is not enough memory for its answer");
   }
 }
 

@@ -24,6 +24,10 @@ inline std::string_view findCIMType(std::string_view text) {
   return {};
 }
 
+/// A separator that stands behind every element of an array's text, also the last, so that no
+/// element and an empty one are two things. XML cannot hold it, hence no element can.
+inline constexpr char kElementEnd = '\x1F';
+
 /// Of a name that findCIMType gave.
 inline bool isNumericCIMType(std::string_view name) {
   return name.find("int") == 1 || name.starts_with("real");

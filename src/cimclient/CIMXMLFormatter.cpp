@@ -26,6 +26,7 @@ constexpr std::size_t kLongestShared = 64;
 // A reference key within a reference key and so on: every level doubles the quotes and backslashes
 // in the text, so that a short answer could ask for unlimited memory.
 constexpr int kReferenceLevels = 4;
+constexpr std::size_t kLongestPath = std::size_t{1} << 20;
 
 constexpr std::string_view kBetweenElements = " | ";
 
@@ -377,7 +378,9 @@ std::string CIMXMLFormatter::Reader::pathText(const xml_node& element, int level
   CIMObjectPathText out;
   path(element, out, level);
   if (out.className.empty()) fail(tag(element) + " without the name of a class");
-  return out.toText();
+  std::string text = out.toText();
+  if (text.size() > kLongestPath) fail("an object path of more than a mebibyte");
+  return text;
 }
 
 void CIMXMLFormatter::Reader::path(const xml_node& element, CIMObjectPathText& out, int level) {

@@ -12,6 +12,7 @@
 #include "cimclient/CIMObjectPathText.h"
 #include "cimclient/CIMTypeNames.h"
 #include "cimobject/TextFunctions.h"
+#include "runtime/UcText.h"
 
 namespace brv {
 
@@ -86,6 +87,7 @@ class Document {
 // A reader turns line breaks and tabs of an attribute into blanks, and a carriage return anywhere
 // into a line feed, unless they are written as numbers.
 void Document::escape(std::string_view content, bool attribute) {
+  if (toValidUtf8(content) != content) fail("holds bytes that are not UTF-8");
   for (const char c : content) {
     const char* entity = nullptr;
     if (c == '&') entity = "&amp;";
@@ -230,7 +232,9 @@ void writeScalar(Document& xml, std::string_view type, std::string_view value) {
 
 void writeArray(Document& xml, const ArgumentType& type, std::string_view value) {
   xml.start(type.name == "reference" ? "VALUE.REFARRAY" : "VALUE.ARRAY");
-  for (bool more = !value.empty(); more;) {
+  bool more = !value.empty();
+  if (more && type.separator == kElementEnd) value.remove_suffix(1);
+  while (more) {
     const std::size_t end = value.find(type.separator);
     more = end != std::string_view::npos;
     writeScalar(xml, type.name, value.substr(0, end));

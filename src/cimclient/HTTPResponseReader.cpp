@@ -62,8 +62,8 @@ class Message final : public http::basic_parser<false> {
                      beast::error_code&) override {
     if (beast::iequals(name, "CIMError"))
       m_error = view(value);
-    else if (beast::iequals(name, "CIMStatusCode"))
-      m_statusCode = view(value);
+    else if (beast::iequals(name, "CIMStatusCode") && (m_statusCode.empty() || m_statusCode == "0"))
+      m_statusCode = view(value);  // a later line does not take an error back
     else if (beast::iequals(name, "CIMStatusCodeDescription"))
       m_description = view(value);
   }
@@ -119,7 +119,8 @@ void Message::judgeTrailer() const {
   if (!m_statusCode.empty() && (read.ec != std::errc() || read.ptr != end))
     throw CIMClientError("its answer ends with an unreadable " +
                          quoted("CIMStatusCode", m_statusCode));
-  if (code != 0) throw CIMClientError(code, m_description);
+  // A negative code is none; it counts as a general failure, as in the XML.
+  if (code != 0) throw CIMClientError(std::max(code, 1), m_description);
   if (!m_error.empty()) throw CIMClientError("its answer ends with " + quoted("CIMError", m_error));
 }
 
@@ -177,8 +178,9 @@ bool HTTPResponseReader::Parser::advance(std::size_t count) {
       break;
   }
   if (m_message->is_done()) return true;
-  // Only a trailer or the line of a chunk gets here; a header has its own limit.
-  if (m_filled == kSpace) throw CIMClientError("its answer has a trailer that is too long");
+  // A header has its own limit.
+  if (m_filled == kSpace)
+    throw CIMClientError("its answer has the line of a chunk or a trailer that is too long");
   return false;
 }
 

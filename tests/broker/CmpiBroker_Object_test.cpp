@@ -124,6 +124,22 @@ TEST_F(ObjectTest, LoadsTheTextsOfResults) {
   }
 }
 
+TEST_F(ObjectTest, LargeOnesFindTheirPropertiesByName) {
+  constexpr int kMany = 200;
+  CmpiBroker_ObjectPath object("root/x", "C");
+  const auto name = [](const char* letter, int i) { return letter + std::to_string(i); };
+  for (const char* const letter : {"P", "p"})
+    for (int i = 0; i < kMany; ++i)
+      object.setProperty(name(letter, i), std::to_string(i) + letter, CMPI_string);
+  const CMPIUint32 key = 7;
+  object.addKey("P5", reinterpret_cast<const CMPIValue*>(&key), CMPI_uint32);
+  EXPECT_EQ(object.getPropertyCount(), kMany + 3u);  // class, namespace, and the key
+  for (int i = 0; i < kMany; ++i)
+    ASSERT_EQ(shown(object.getProperty(std::string_view(name("P", i)))), std::to_string(i) + "p");
+  EXPECT_EQ(shown(object.getKey(std::string_view("p5"))), "7");
+  EXPECT_EQ(object.getProperty(std::string_view("Q")), nullptr);
+}
+
 TEST_F(ObjectTest, ResultsKeepWhatWasReturnedWhenItWasReturned) {
   CmpiBroker_Result result;
   CmpiBroker_Instance first;

@@ -172,6 +172,7 @@ TEST(CIMXMLRequest, Arguments) {
              "</VALUE.REFERENCE></VALUE.REFARRAY></PARAMVALUE>")},
       {"C.", "reference", "the argument 'a' holds 'C.', which is no object path"},
       {"C=1", "reference", "the argument 'a' has a key without a name"},
+      {"\xFF", nullptr, "the argument 'a' holds bytes that are not UTF-8"},
       {"\x1B", nullptr, "the argument 'a' holds the control character 27, which XML does not have"},
   };
   for (const auto& c : cases)

@@ -121,6 +121,8 @@ TEST(HTTPResponseReader, SaysWhatIsWrong) {
       {kChunked + "FFFFFFFFFFFFFFFF\r\n", "its answer is larger than 100 bytes"},
       {kChunked + one + "0\r\ncimstatuscode: 1\r\nCIMStatusCodeDescription: gave up\r\n\r\n",
        "CIM request failed (error code: 1): gave up"},
+      {kChunked + one + "0\r\nCIMStatusCode: 6\r\nCIMStatusCode: 0\r\n\r\n", "(error code: 6)"},
+      {kChunked + one + "0\r\nCIMStatusCode: -1\r\n\r\n", "(error code: 1)"},
       {kChunked + one + "0\r\nCIMStatusCode: 1x\r\n\r\n",
        "its answer ends with an unreadable CIMStatusCode '1x'"},
       {kChunked + one + "0\r\nCIMStatusCode: 0\r\nCIMError: cut-off\r\n\r\n",

@@ -154,6 +154,9 @@ TEST_F(CimServers, MethodsWithTypedArguments) {
         "NAME=\"count\" PARAMTYPE=\"sint64\"><VALUE>-7</VALUE>",
         "NAME=\"on\" PARAMTYPE=\"boolean\"><VALUE>TRUE</VALUE>",
         "NAME=\"list\" PARAMTYPE=\"string\"><VALUE.ARRAY><VALUE>a;b</VALUE><VALUE></VALUE>",
+        "NAME=\"flow\" PARAMTYPE=\"real64\"><VALUE>1234567.25</VALUE>",
+        "NAME=\"one\" PARAMTYPE=\"string\"><VALUE.ARRAY><VALUE></VALUE></VALUE.ARRAY>",
+        "NAME=\"no list\" PARAMTYPE=\"string\"/>",
         "NAME=\"pump\" PARAMTYPE=\"reference\"><VALUE.REFERENCE>",
         "NAME=\"nothing\" PARAMTYPE=\"uint8\"/>"})
     EXPECT_THAT(request, HasSubstr(part));

@@ -46,6 +46,10 @@ static CMPIStatus invoke(const CMPIContext* context, const CMPIResult* result) {
   in->ft->addArg(in, "count", V(sint64, -7), CMPI_sint64);
   in->ft->addArg(in, "on", V(boolean, 1), CMPI_boolean);
   in->ft->addArg(in, "list", V(array, list), CMPI_stringA);
+  in->ft->addArg(in, "flow", V(real64, 1234567.25), CMPI_real64);
+  in->ft->addArg(in, "one", V(array, broker->eft->newArray(broker, 1, CMPI_string, NULL)),
+                 CMPI_stringA);
+  in->ft->addArg(in, "no list", NULL, CMPI_stringA);
   in->ft->addArg(in, "pump", V(ref, path), CMPI_ref);
   in->ft->addArg(in, "nothing", NULL, CMPI_uint8);
 
