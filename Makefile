@@ -13,7 +13,7 @@ DESTDIR ?=
 SECONDS_EACH ?= 60
 
 BUILD_PACKAGES := g++ cmake ninja-build libboost-dev libpugixml-dev nlohmann-json3-dev
-TEST_PACKAGES := $(BUILD_PACKAGES) libgtest-dev libgmock-dev jq valgrind
+TEST_PACKAGES := $(BUILD_PACKAGES) libgtest-dev libgmock-dev valgrind
 CLANG_PACKAGES := $(BUILD_PACKAGES) clang-14 libclang-rt-14-dev
 BENCH_PACKAGES := $(BUILD_PACKAGES) libbenchmark-dev procps
 

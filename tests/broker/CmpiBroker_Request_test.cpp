@@ -63,6 +63,7 @@ TEST_F(RequestTest, ForAnExternalServerTheNamespaceLosesItsRoot) {
       {"root/a/root/b", true, "a/root/b"}, {"x/root/a", true, "a"},
       {"other", false, "other"},           {"other", true, "(null)"},
       {nullptr, false, "root/cimv2"},      {nullptr, true, "cimv2"},
+      {"", false, "root/cimv2"},           {"", true, "cimv2"},
   };
   for (const auto& c : kCases) {
     CIMRequest request;

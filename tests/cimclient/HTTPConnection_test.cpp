@@ -5,10 +5,8 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <thread>
 
 #include "cimclient/CIMClientError.h"
@@ -39,17 +37,6 @@ std::string ask(HTTPConnection& connection, const HTTPCIMRequest& request) {
 }
 
 const HTTPCIMRequest kRequest{"EnumerateInstances", "root/cimv2", "", "<CIM/>"};
-
-// A socket at the path, with room for one connection in its queue.
-int bound(const std::filesystem::path& path, int type) {
-  const int number = ::socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-  EXPECT_EQ(::bind(number, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  EXPECT_TRUE(type != SOCK_STREAM || ::listen(number, 0) == 0);
-  return number;
-}
 
 }  // namespace
 
@@ -157,9 +144,9 @@ TEST(HTTPConnection, WhatTheSinkThrowsEndsTheExchange) {
 TEST(HTTPConnection, SaysWhyItCannotConnect) {
   const test::TemporaryFolder folder;
   const auto at = [&folder](const std::string& name) { return folder.path() / name; };
-  ::close(bound(at("gone"), SOCK_STREAM));
-  const int datagram = bound(at("datagram"), SOCK_DGRAM);
-  const int locked = bound(at("locked"), SOCK_STREAM);
+  ::close(test::socketAt(at("gone"), SOCK_STREAM, 0));
+  const int datagram = test::socketAt(at("datagram"), SOCK_DGRAM, 0);
+  const int locked = test::socketAt(at("locked"), SOCK_STREAM, 0);
   ASSERT_EQ(::chmod(at("locked").c_str(), 0), 0);
   folder.write("file", "");
   const struct {
@@ -185,7 +172,7 @@ TEST(HTTPConnection, SaysWhyItCannotConnect) {
 TEST(HTTPConnection, WaitsForAPlaceInTheQueueOfTheServer) {
   const test::TemporaryFolder folder;
   const std::string path = folder.path() / "socket";
-  const int listener = bound(path, SOCK_STREAM);
+  const int listener = test::socketAt(path, SOCK_STREAM, 0);
   HTTPConnection first(path, kShort);
   HTTPConnection second(path, kShort);
   EXPECT_EQ(ask(first, kRequest), "failed: it did not answer within 500 ms");

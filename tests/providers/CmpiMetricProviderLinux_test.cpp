@@ -127,10 +127,16 @@ TEST_F(LinuxHost, ACollectorThatFailsContributesNothing) {
     const std::string path = (name == "net/dev" ? "proc/1/" : "proc/") + name;
     const std::string before = test::readFile(m_folder.path() / path);
     write(path.c_str(), expected.content);
-    test::CapturedTrace trace(trace::kWarning);
+    test::CapturedTrace trace(trace::kDetail);
     EXPECT_EQ(values().size(), all - expected.missing);
     EXPECT_THAT(values(expected.prefix), ElementsAre());
-    EXPECT_THAT(trace.take(), HasSubstr("Failed to read data from /proc/" + name));
+    const std::string text = trace.take();
+    EXPECT_THAT(text, HasSubstr("Failed to read data from /proc/" + name));
+    const std::string failure = name == "meminfo" ? "Failed to read memory statistics"
+                                                  : "Failed to read data from /proc/" + name;
+    EXPECT_THAT(text, HasSubstr(failure + " [CmpiMetricProviderLinux "));
+    EXPECT_THAT(text, testing::ContainsRegex(
+                          "\nW [A-Za-z]+:[0-9]+ Failed to get metric data: " + failure + '\n'));
     write(path.c_str(), before);
   }
   std::filesystem::remove_all(m_folder.path() / "proc");

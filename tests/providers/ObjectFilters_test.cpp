@@ -47,7 +47,7 @@ TEST(ObjectFilters, Rules) {
       // Anything may stand before the colon, but [-] only right behind the word.
       {"Filesystem [-]: device(/dev/sda1)\n", "B...."},
       {"Filesystem[-] not these: device(/dev/sda1)\nFilesystem:device(*)", ".HRDL"},
-      {"Filesystem:device(/dev/sda1)type(ext4)", "B...."},
+      {"\t fileSystem[+]:device(/dev/sda1)type(ext4) \t\r\n", "B...."},
       {"Filesystem: device(/dev/sda1) junk type(ext4)", "B...."},
       {"Filesystem: device() type(ext4)", "B..D."},
       {"Filesystem: mountdevice(/dev/sda1) \t ", "B...."},

@@ -18,7 +18,8 @@ struct Reply {
 };
 
 /// A CIM server on a local socket that plays a script: one reply for each request, whichever
-/// connection it comes on. Behind the last reply it answers with status 500.
+/// connection it comes on. Behind the last reply it answers with status 500. It serves one
+/// connection after the other.
 class CimServer {
  public:
   CimServer(std::filesystem::path socket, std::vector<Reply> script);
@@ -36,6 +37,10 @@ class CimServer {
   struct State;
   std::unique_ptr<State> m_state;
 };
+
+/// A socket at the path, bound; one for connections listens, with that many waiting beside the
+/// first.
+int socketAt(const std::string& path, int type, int waiting);
 
 /// A reply of status 200 with the body's length.
 Reply plainReply(std::string_view body);

@@ -3,73 +3,39 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <thread>
-#include <utility>
 
 namespace brv::test {
 
 namespace {
 
-class Pipe {
- public:
-  Pipe() {
-    if (::pipe2(m_ends.data(), O_CLOEXEC) != 0) std::abort();
-  }
-  ~Pipe() {
-    closeReader();
-    closeWriter();
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-  int reader() const { return m_ends[0]; }
-  int writer() const { return m_ends[1]; }
-  void closeReader() { close(m_ends[0]); }
-  void closeWriter() { close(m_ends[1]); }
-
- private:
-  static void close(int& end) {
-    if (end >= 0) ::close(std::exchange(end, -1));
-  }
-  std::array<int, 2> m_ends{-1, -1};
-};
-
 using Clock = std::chrono::steady_clock;
 
-int millisecondsUntil(Clock::time_point deadline) {
-  const auto left =
-      std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-  return left > 0 ? static_cast<int>(left) : 0;
-}
-
-// Reads both pipes side by side, so that a program that fills one never waits for us.
-void drain(const Pipe& output, const Pipe& error, Clock::time_point deadline,
-           ProgramResult& result) {
-  std::array<pollfd, 2> ends{{{output.reader(), POLLIN, 0}, {error.reader(), POLLIN, 0}}};
-  const std::array<std::string*, 2> texts{&result.output, &result.error};
-  while ((ends[0].fd >= 0 || ends[1].fd >= 0) &&
-         ::poll(ends.data(), ends.size(), millisecondsUntil(deadline)) > 0) {
-    for (std::size_t i = 0; i < ends.size(); ++i) {
-      if (ends[i].fd < 0 || ends[i].revents == 0) continue;
-      std::array<char, 65536> buffer;
-      const ssize_t got = ::read(ends[i].fd, buffer.data(), buffer.size());
-      if (got > 0)
-        texts[i]->append(buffer.data(), static_cast<std::size_t>(got));
-      else
-        ends[i].fd = -1;
-    }
+// Takes what the program writes, however much it is, so that the program never waits for us.
+class Sink {
+ public:
+  Sink() : m_file(::memfd_create("output", MFD_CLOEXEC)) {
+    if (m_file < 0) std::abort();
   }
-}
+  ~Sink() { ::close(m_file); }
+  Sink(const Sink&) = delete;
+  Sink& operator=(const Sink&) = delete;
+  int number() const { return m_file; }
+  std::string text() const { return readFile("/proc/self/fd/" + std::to_string(m_file)); }
+
+ private:
+  const int m_file;
+};
 
 int exitStatus(pid_t child, Clock::time_point deadline) {
   int status = 0;
@@ -100,20 +66,24 @@ std::vector<std::string> environmentOf(const ProgramRun& run) {
 }  // namespace
 
 ProgramResult runProgram(const ProgramRun& run) {
-  Pipe output;
-  Pipe error;
+  const Sink output;
+  const Sink error;
+  int nobodyReading[2];
+  if (::pipe2(nobodyReading, O_CLOEXEC) != 0) std::abort();
+  ::close(nobodyReading[0]);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, error.writer(), STDERR_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, error.number(), STDERR_FILENO);
   if (run.output == Output::kClosed)
     posix_spawn_file_actions_addclose(&actions, STDOUT_FILENO);
   else if (run.output == Output::kFullDisk)
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/full", O_WRONLY, 0);
   else
-    posix_spawn_file_actions_adddup2(&actions, output.writer(), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(
+        &actions, run.output == Output::kNobodyReading ? nobodyReading[1] : output.number(),
+        STDOUT_FILENO);
   posix_spawn_file_actions_addchdir_np(&actions, run.folder.c_str());
-  if (run.output == Output::kNobodyReading) output.closeReader();
 
   std::vector<std::string> arguments = run.arguments;
   arguments.insert(arguments.begin(), run.program);
@@ -134,16 +104,10 @@ ProgramResult runProgram(const ProgramRun& run) {
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
 
-  ProgramResult result;
-  if (failed != 0) {
-    result.error = run.program + ": " + std::strerror(failed);
-    return result;
-  }
-  output.closeWriter();
-  error.closeWriter();
-  drain(output, error, deadline, result);
-  result.status = exitStatus(child, deadline);
-  return result;
+  ::close(nobodyReading[1]);
+  if (failed != 0) return {-1, "", run.program + ": " + std::strerror(failed)};
+  const int status = exitStatus(child, deadline);
+  return {status, output.text(), error.text()};
 }
 
 TemporaryFolder::TemporaryFolder() {
