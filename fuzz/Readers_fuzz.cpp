@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The readers of kernel files. Built once per reader, BRV_READER naming its check below.
-#include <algorithm>
-#include <functional>
 #include <limits>
 #include <string>
 
-#include "Fuzz.h"
+#include "Readers.h"
 #include "providers/readers/DiskStats.h"
 #include "providers/readers/LoadAverage.h"
 #include "providers/readers/MemInfo.h"
@@ -17,24 +15,10 @@
 namespace {
 
 using namespace brv;
+using fuzz::expectInside;
+using fuzz::found;
 
 constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
-
-// What a reader finds; checks which lines it calls odd.
-template <class Read>
-auto found(std::string_view text, Read read) {
-  OddLines odd;
-  auto result = read(text, odd);
-  const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
-  BRV_EXPECT(std::adjacent_find(odd.begin(), odd.end(), std::greater_equal<>()) == odd.end());
-  BRV_EXPECT(odd.empty() || (odd.front() >= 1 && odd.back() <= lines));
-  return result;
-}
-
-void expectInside(std::string_view text, std::string_view part) {
-  BRV_EXPECT(!part.empty() && part.data() >= text.data() &&
-             part.data() + part.size() <= text.data() + text.size());
-}
 
 // Whatever stands before it, a good line gives one record more.
 template <class Read>

@@ -32,6 +32,8 @@ bool startProcess() {
   openStandardDescriptors();
   // A reader that goes away is an error of the write, reported like any other.
   std::signal(SIGPIPE, SIG_IGN);
+  // A caller that ignores its children's ends must not make us ignore those of ours.
+  std::signal(SIGCHLD, SIG_DFL);
   trace::setLevel(trace::kError);
   if (const int error = ThrProcInit(); error != 0) {
     BRV_TRACE(kError, "Initialization of thread library failed (%s)\n", ThrErrToStr(error));

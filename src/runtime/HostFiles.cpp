@@ -15,27 +15,12 @@
 #include <utility>
 #include <vector>
 
+#include "runtime/Descriptor.h"
 #include "runtime/Trace.h"
 
 namespace brv {
 
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : m_fd(fd) {}
-  ~Descriptor() {
-    if (m_fd >= 0) ::close(m_fd);
-  }
-  Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return m_fd; }
-  int release() { return std::exchange(m_fd, -1); }
-
- private:
-  int m_fd;
-};
 
 // The limit of the kernel's own path walk (MAXSYMLINKS).
 constexpr int kMaximumLinks = 40;
@@ -187,11 +172,15 @@ int HostFiles::readFirst(std::span<const char* const> paths, FileBuffer& content
   return first;
 }
 
-int HostFiles::fileSystem(const char* path, struct statvfs& result) const {
-  if (!m_ownRoot) return ::statvfs(path, &result) == 0 ? 0 : errno;
+int HostFiles::fileSystem(const char* path, struct statvfs& result, dev_t* device) const {
+  if (!m_ownRoot && device == nullptr) return ::statvfs(path, &result) == 0 ? 0 : errno;
   const Descriptor place(open(path, O_PATH | O_CLOEXEC));
-  if (place.get() < 0) return errno;
-  return ::fstatvfs(place.get(), &result) == 0 ? 0 : errno;
+  if (place.get() < 0 || ::fstatvfs(place.get(), &result) != 0) return errno;
+  if (device == nullptr) return 0;
+  struct stat status {};
+  if (::fstat(place.get(), &status) != 0) return errno;
+  *device = status.st_dev;
+  return 0;
 }
 
 std::span<const char* const> HostFiles::mountTables() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <sys/statvfs.h>
+#include <sys/types.h>
 
 #include <cstddef>
 #include <memory>
@@ -42,6 +43,9 @@ class HostFiles {
 
   /// Whether paths are opened below a root other than "/".
   bool hasOwnRoot() const { return m_ownRoot; }
+  /// The descriptor that paths are opened below, for a child that closes all others; -1 without an
+  /// own root.
+  int rootDescriptor() const { return m_rootFd; }
 
   /// Reads a whole file of any size. 0 or an errno value; `content` is empty after an error.
   /// Anything but a regular file is refused with EINVAL (a FIFO would wait for ever), a folder
@@ -50,8 +54,8 @@ class HostFiles {
   /// Reads the first of `paths` that can be opened; the error is that of the first path.
   int readFirst(std::span<const char* const> paths, FileBuffer& content) const;
 
-  /// The file system that holds `path`. 0 or an errno value.
-  int fileSystem(const char* path, struct statvfs& result) const;
+  /// The file system that holds `path`, and on request its device number. 0 or an errno value.
+  int fileSystem(const char* path, struct statvfs& result, dev_t* device = nullptr) const;
 
   /// The mount table, best first. Below another root the plain names of /proc follow the reader's
   /// own name spaces, so those of process 1 come first.

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "providers/inventory/CmpiOLMODDataProvider.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+#include "providers/CmpiProviderUtil.h"
+#include "providers/inventory/readers/OsRelease.h"
+#include "runtime/Trace.h"
+
+namespace brv {
+
+CmpiOLMODDataProvider::CmpiOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
+                                             const HostFiles& files, HostIdentity identity)
+    : CmpiBaseMI(broker, context),
+      CmpiBaseProvider(broker, context),
+      m_files(files),
+      m_identity(std::move(identity)) {
+  loadHostName();
+}
+
+bool CmpiOLMODDataProvider::loadHostName() const {
+  if (!m_identity.nodeName.empty()) return true;
+  BRV_TRACE(kError, "Failed to retrieve hostname: %s\n", m_identity.error.c_str());
+  return false;
+}
+
+// Every instance names the host.
+CmpiInstance CmpiOLMODDataProvider::create(const char* className) const {
+  if (m_identity.nodeName.empty())
+    throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Failed to retrieve hostname"));
+  CmpiInstance instance(CmpiObjectPath(kProviderNamespace, className));
+  instance.setProperty("CreationClassName", className);
+  return instance;
+}
+
+CmpiInstance CmpiOLMODDataProvider::createLogicalElement(const char* className,
+                                                         const char* name) const {
+  if (className == nullptr || name == nullptr)
+    throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER));
+  CmpiInstance instance = create(className);
+  getCSCreationClassName(instance);
+  instance.setProperty("CSName", getHostname().c_str());
+  instance.setProperty("Name", name);
+  return instance;
+}
+
+CmpiInstance CmpiOLMODDataProvider::createLogicalDevice(const char* className,
+                                                        const char* deviceId) const {
+  if (className == nullptr || deviceId == nullptr)
+    throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER));
+  CmpiInstance instance = create(className);
+  getSystemCreationClassName(instance);
+  getSystemName(instance);
+  instance.setProperty("DeviceID", deviceId);
+  return instance;
+}
+
+CmpiInstance CmpiOLMODDataProvider::createCSInstance() const {
+  CmpiInstance instance = create(kComputerSystem);
+  getCSName(instance);
+  instance.setProperty("NameFormat", "IP");
+  return instance;
+}
+
+CmpiInstance CmpiOLMODDataProvider::createOSInstance() const {
+  return createLogicalElement(kOperatingSystem, getOSName());
+}
+
+CmpiInstance CmpiOLMODDataProvider::createFSInstance(const char* root) const {
+  return createLogicalElement(kFileSystem, root);
+}
+
+CmpiInstance CmpiOLMODDataProvider::createFSInstance(const char* root, const char* device) const {
+  CmpiInstance instance = createFSInstance(root);
+  instance.setProperty("Root", root);
+  instance.setProperty("Device", device);
+  return instance;
+}
+
+CmpiInstance CmpiOLMODDataProvider::createProcInstance(const char* deviceId) const {
+  return createLogicalDevice(kProcessor, deviceId);
+}
+
+CmpiInstance CmpiOLMODDataProvider::createNetPortInstance(const char* deviceId) const {
+  return createLogicalDevice(kNetworkPort, deviceId);
+}
+
+CmpiInstance CmpiOLMODDataProvider::createOSProcInstance(long long pid) const {
+  CmpiInstance instance = create(kOSProcess);
+  getCSCreationClassName(instance);
+  instance.setProperty("CSName", getHostname().c_str());
+  instance.setProperty("OSCreationClassName", kOperatingSystem);
+  instance.setProperty("OSName", getOSName());
+  instance.setProperty("Handle", std::to_string(pid).c_str());
+  return instance;
+}
+
+int CmpiOLMODDataProvider::getOSName(CmpiInstance& instance) const {
+  instance.setProperty("Name", getOSName());
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getKTLGOSName(CmpiInstance& instance) const {
+  instance.setProperty("KTLGName", "LINUX_X86_64");
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getSystemCreationClassName(CmpiInstance& instance) const {
+  instance.setProperty("SystemCreationClassName", kComputerSystem);
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getCSCreationClassName(CmpiInstance& instance) const {
+  instance.setProperty("CSCreationClassName", kComputerSystem);
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getSystemName(CmpiInstance& instance) const {
+  instance.setProperty("SystemName", getHostname().c_str());
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getCSName(CmpiInstance& instance) const {
+  instance.setProperty("Name", getHostname().c_str());
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getCPUArchitecture(CmpiInstance& instance) const {
+  if (!m_identity.machine.empty()) instance.setProperty("Architecture", m_identity.machine.c_str());
+  return 1;
+}
+
+int CmpiOLMODDataProvider::getOSBits(CmpiInstance& instance) const {
+  instance.setProperty("OSBits", CMPIUint16{osBits(m_identity.machine)});
+  return 1;
+}
+
+int CmpiOLMODDataProvider::setCPUTime(CmpiInstance& instance, unsigned long long seconds) {
+  const unsigned long long days = seconds / 86'400;
+  const auto hours = static_cast<unsigned>(seconds / 3'600 % 24);
+  const auto minutes = static_cast<unsigned>(seconds / 60 % 60);
+  std::array<char, 48> text;
+  if (days > 0)
+    std::snprintf(text.data(), text.size(), "%llu-%02u:%02u:%02llu", days, hours, minutes,
+                  seconds % 60);
+  else
+    std::snprintf(text.data(), text.size(), "%02u:%02u:%02llu", hours, minutes, seconds % 60);
+  instance.setProperty("CPUTime", text.data());
+  return 1;
+}
+
+}  // namespace brv

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+// What the readers of "name: value" and "NAME=value" files share.
+namespace brv {
+
+/// `text` without blanks, tabs and line ends on both sides.
+inline std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\n\v\f\r";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+struct NameValue {
+  std::string_view name;   ///< trimmed
+  std::string_view value;  ///< trimmed; it may hold the separator itself
+
+  /// Splits at the first `separator`. False, and nothing changed, without one or without a name.
+  bool split(std::string_view line, char separator) {
+    const std::size_t at = line.find(separator);
+    if (at == std::string_view::npos) return false;
+    const std::string_view before = trimmed(line.substr(0, at));
+    if (before.empty()) return false;
+    name = before;
+    value = trimmed(line.substr(at + 1));
+    return true;
+  }
+};
+
+}  // namespace brv

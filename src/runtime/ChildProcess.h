@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <signal.h>
+#include <sys/types.h>
+
+#include <chrono>
+
+#include "runtime/Descriptor.h"
+
+namespace brv {
+
+/// A pipe from a child to us. The reading end does not block, neither end survives an exec.
+struct ChildPipe {
+  Descriptor reader;
+  Descriptor writer;
+
+  /// 0 or an errno value.
+  int open();
+};
+
+/// A child of this process, from its start until its end is known. Its id stands for it alone for
+/// just as long, so nothing else can be killed in its place. SIGCHLD must not be ignored.
+class ChildProcess {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// `leadsGroup`: the child is the leader of a process group, which is killed with it.
+  ChildProcess(pid_t id, bool leadsGroup);
+  /// Kills a child whose end is not known yet and waits for it, but 50 ms at most: one that is
+  /// stuck in the kernel cannot be had, it stays behind and ends when the kernel lets it.
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  /// Readable for poll(2) once the child has ended; -1 where the kernel cannot say (before Linux
+  /// 5.3), then `pollTime` keeps the polling short.
+  int descriptor() const { return m_descriptor.get(); }
+  /// Milliseconds until `deadline`, at least 0, in such portions that no end is missed.
+  int pollTime(Clock::time_point deadline) const;
+
+  /// Whether the child has ended; it is not reaped by asking.
+  bool ended() const;
+  /// How an ended child ended, as waitid(2) puts it: si_code, si_status. si_code is 0 when somebody
+  /// else has reaped it.
+  siginfo_t reap();
+  void kill() const;
+
+ private:
+  pid_t m_id;
+  bool m_leadsGroup;
+  bool m_reaped = false;
+  Descriptor m_descriptor;
+};
+
+}  // namespace brv
