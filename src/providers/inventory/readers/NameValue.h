@@ -4,16 +4,10 @@
 #include <cstddef>
 #include <string_view>
 
+#include "providers/inventory/readers/FieldText.h"
+
 // What the readers of "name: value" and "NAME=value" files share.
 namespace brv {
-
-/// `text` without blanks, tabs and line ends on both sides.
-inline std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\n\v\f\r";
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
 
 struct NameValue {
   std::string_view name;   ///< trimmed
