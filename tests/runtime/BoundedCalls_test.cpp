@@ -82,7 +82,16 @@ TEST(BoundedCalls, EndsBeforeTheLimitWhenNothingMoreCanCome) {
             BoundedCalls::Answers(3000, "!"));
   EXPECT_EQ(calls.ask(items(2), [](std::size_t) -> std::string { ::_exit(1); }, kLong, {}),
             BoundedCalls::Answers(2));
-  // Memory and threads work in a child of a process with threads.
+  EXPECT_LT(Clock::now() - start, kLong);
+}
+
+// glibc makes memory usable in the child of a process with threads; the address sanitizer's own
+// memory is not.
+TEST(BoundedCalls, MemoryAndThreadsWorkInTheChildOfAProcessWithThreads) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "not with the address sanitizer";
+#endif
+  ForkedCalls calls("");
   std::atomic<bool> stop = false;
   std::thread busy([&] {
     while (!stop) std::vector<std::string>(100, std::string(1000, 'x'));
@@ -91,7 +100,6 @@ TEST(BoundedCalls, EndsBeforeTheLimitWhenNothingMoreCanCome) {
             BoundedCalls::Answers(50, std::string(1000, 'm')));
   stop = true;
   busy.join();
-  EXPECT_LT(Clock::now() - start, kLong);
 }
 
 TEST(BoundedCalls, ChildHoldsNothingOfOurs) {
