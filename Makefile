@@ -13,9 +13,9 @@ DESTDIR ?=
 SECONDS_EACH ?= 60
 
 BUILD_PACKAGES := g++ cmake ninja-build libboost-dev libpugixml-dev nlohmann-json3-dev
-TEST_PACKAGES := $(BUILD_PACKAGES) libgtest-dev libgmock-dev valgrind
+TEST_PACKAGES := $(BUILD_PACKAGES) libgtest-dev libgmock-dev valgrind jq procps iproute2
 CLANG_PACKAGES := $(BUILD_PACKAGES) clang-14 libclang-rt-14-dev
-BENCH_PACKAGES := $(BUILD_PACKAGES) libbenchmark-dev procps
+BENCH_PACKAGES := $(BUILD_PACKAGES) libbenchmark-dev procps iproute2
 
 SOURCES = $(shell find src tests bench fuzz examples -name '*.cpp' -o -name '*.h' -o -name '*.c')
 PROGRAM := src/cimb/brvcimb
@@ -91,9 +91,9 @@ tidy: clang ## static analysis of src/ by the checks in .clang-tidy
 	@run-clang-tidy-14 -quiet -p build/clang -j $$(nproc) "$$PWD/src/" 2>&1 | \
 	  { grep -vE '^clang-tidy-14 |^$$|[0-9]+ warnings? generated|^Suppressed |^Use -' || true; }
 
-golden: ## build what is shipped with the tests, run the tests that start the program
-	@$(call build,release-tests,$(TEST_PACKAGES),cli_tests)
-	@ctest --test-dir build/release-tests --output-on-failure --no-tests=error -j $$(nproc) -R '^cli\.'
+golden: ## build what is shipped with the tests, run those that start the program or children
+	@$(call build,release-tests,$(TEST_PACKAGES),cli_tests runtime_tests)
+	@ctest --test-dir build/release-tests --output-on-failure --no-tests=error -j $$(nproc) -R '^(cli|runtime)\.'
 
 memcheck: release ## valgrind over one run of every operation of what is shipped
 	@$(call need,valgrind)

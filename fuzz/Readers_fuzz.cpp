@@ -82,9 +82,11 @@ void expectTicks(const CpuTimes& times) {
 [[maybe_unused]] void MountTable_(std::string_view text) {
   const MountTable table = found(text, readMountTable);
   std::size_t size = 0;
-  for (const MountTable::Mount& mount : table.mounts)
+  for (const MountTable::Mount& mount : table.mounts) {
     for (const std::string_view name : {mount.device, mount.mountPoint, mount.type})
       size += name.size() + 1;
+    size += mount.options.size();
+  }
   BRV_EXPECT(size <= text.size() + 1);
   expectOneMore(text, "/dev/sda1 /a\\040b ext4 rw 0 0",
                 [](std::string_view more, OddLines& ignored) {

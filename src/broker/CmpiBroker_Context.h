@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -37,6 +38,15 @@ class CmpiBroker_ContextContainer {
   virtual const char* name() const = 0;
   /// Clears the state of the request that ended.
   virtual void release() = 0;
+};
+
+/// The property names of the object that was built last, in their order, all different. Instances
+/// of one class have the same ones, so each name is compared once instead of being looked for among
+/// those that the object has already.
+struct CmpiBroker_NameSequence {
+  std::vector<Text> names;
+  /// Another number whenever a name was replaced: what followed the names before does no more.
+  std::uint32_t generation = 0;
 };
 
 /// What belongs to the request that a thread is serving: the objects made for it and the
@@ -84,6 +94,7 @@ class CmpiBroker_Context {
   /// Shared texts of property names, and of values that repeat.
   TextPool& names() { return m_names; }
   TextPool& values() { return m_values; }
+  CmpiBroker_NameSequence& nameSequence() { return m_nameSequence; }
   /// The CIM name of a type as a shared text; null for a type that has none.
   const Text& typeName(CMPIType type);
 
@@ -99,6 +110,7 @@ class CmpiBroker_Context {
   List<CmpiBroker_ContextContainer> m_containers;
   TextPool m_names;
   TextPool m_values;
+  CmpiBroker_NameSequence m_nameSequence;
   std::vector<std::pair<CMPIType, Text>> m_typeNames;  // those met so far, a handful
 };
 

@@ -3,6 +3,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <string>
 
 #include "cmpi/CmpiTypes.h"
@@ -18,6 +19,9 @@ constexpr std::size_t kFirstCapacity = 5;
 // Above this a table of names is kept: objects from outside may have a million. Of fewer each is
 // looked at.
 constexpr std::size_t kManyProperties = 64;
+
+// A generation that no sequence of names reaches.
+constexpr std::uint32_t kOwnOrder = UINT32_MAX;
 
 std::string placeKey(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers) {
   std::string key(name);
@@ -83,16 +87,34 @@ std::size_t CmpiBroker_Object::find(std::string_view name,
 
 CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
                                                    CmpiBroker_Value::Qualifiers qualifiers) {
+  CmpiBroker_Context& context = CmpiBroker_Context::getInstance();
+  CmpiBroker_NameSequence& sequence = context.nameSequence();
   if (!m_properties) {
     m_properties = std::make_shared<Properties>();
-    m_properties->reserve(kFirstCapacity);
+    m_properties->reserve(std::max(kFirstCapacity, sequence.names.size()));
+    m_generation = sequence.generation;
   } else if (m_properties.use_count() > 1) {
     m_properties = std::make_shared<Properties>(*m_properties);
   }
+  const std::size_t count = m_properties->size();
+  const bool follows = m_generation == sequence.generation && qualifiers == CmpiBroker_Value::kNone;
+  if (follows && count < sequence.names.size() && sequence.names[count].view() == name)
+    return m_properties->emplace_back(sequence.names[count], qualifiers);
+
   const std::size_t place = find(name, qualifiers);
-  if (place < m_properties->size()) return (*m_properties)[place];
-  return m_properties->emplace_back(CmpiBroker_Context::getInstance().names().get(name),
-                                    qualifiers);
+  if (place < count) return (*m_properties)[place];
+  Text text = context.names().get(name);
+  if (!follows) {
+    m_generation = kOwnOrder;
+  } else {
+    // From here on the sequence is this object's.
+    if (count < sequence.names.size()) {
+      sequence.names.resize(count);
+      m_generation = ++sequence.generation;
+    }
+    if (count < kManyProperties) sequence.names.push_back(text);
+  }
+  return m_properties->emplace_back(std::move(text), qualifiers);
 }
 
 bool CmpiBroker_Object::setProperty(std::string_view name, const CMPIValue* value, CMPIType type,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -60,6 +61,9 @@ class CmpiBroker_Object : public CmpiBroker_Registered {
   CmpiBroker_Value& propertyToSet(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers);
 
   std::shared_ptr<Properties> m_properties;  // null: none yet
+  // While this is the generation of the context's name sequence, the properties so far have its
+  // first names in its order.
+  std::uint32_t m_generation = 0;
   mutable std::unique_ptr<Places> m_places;  // null: none was needed yet
 };
 

@@ -2,8 +2,12 @@
 // The one place that names every provider of the program.
 #include "broker/CmpiBroker_ProviderInfo.h"
 
-extern "C" CMPIInstanceMI* BRV_MetricProvider_Create_InstanceMI(const CMPIBroker*,
-                                                                const CMPIContext*, CMPIStatus*);
+extern "C" {
+CMPIInstanceMI* BRV_MetricProvider_Create_InstanceMI(const CMPIBroker*, const CMPIContext*,
+                                                     CMPIStatus*);
+CMPIInstanceMI* BRV_OLMODDataProvider_Create_InstanceMI(const CMPIBroker*, const CMPIContext*,
+                                                        CMPIStatus*);
+}
 
 namespace brv {
 
@@ -19,6 +23,15 @@ struct Classes {
 
 constexpr char kMetricValue[] = "BRV_MetricValue";
 constexpr char kMetricDefinition[] = "BRV_MetricDefinition";
+constexpr char kComputerSystem[] = "BRV_OLMODComputerSystem";
+constexpr char kOperatingSystem[] = "BRV_OLMODOperatingSystem";
+constexpr char kProcessor[] = "BRV_OLMODProcessor";
+constexpr char kFileSystem[] = "BRV_OLMODFileSystem";
+constexpr char kGpfsFileSystem[] = "BRV_OLMODGPFSFileSystem";
+constexpr char kNetworkPort[] = "BRV_OLMODNetworkPort";
+constexpr char kSoftwarePackage[] = "BRV_OLMODSoftwarePackage";
+constexpr char kSoftwarePatch[] = "BRV_OLMODSoftwarePatch";
+constexpr char kOSProcess[] = "BRV_OLMODOSProcess";
 constexpr char kCapabilities[] = "BRV_ProviderCapabilities";
 constexpr char kLinuxOperatingSystem[] = "Linux_OperatingSystem";
 constexpr char kLinuxComputerSystem[] = "Linux_ComputerSystem";
@@ -53,6 +66,9 @@ constexpr CmpiBroker_ProviderInfo fromLibrary(const char* name, const char* modu
 constexpr CmpiBroker_ProviderInfo CMPI_BROKER_PROVIDER_LIST[] = {
     compiledIn<kMetricValue, kMetricDefinition>("BRV_MetricProvider",
                                                 BRV_MetricProvider_Create_InstanceMI),
+    compiledIn<kComputerSystem, kOperatingSystem, kProcessor, kFileSystem, kGpfsFileSystem,
+               kNetworkPort, kSoftwarePackage, kSoftwarePatch, kOSProcess>(
+        "BRV_OLMODDataProvider", BRV_OLMODDataProvider_Create_InstanceMI),
     fromLibrary<kLinuxOperatingSystem>("OSBase_OperatingSystemProvider",
                                        "cmpiOSBase_OperatingSystemProvider"),
     fromLibrary<kLinuxComputerSystem>("OSBase_ComputerSystemProvider",

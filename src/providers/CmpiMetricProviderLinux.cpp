@@ -5,9 +5,9 @@
 #include <cstring>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
+#include "providers/ActiveMounts.h"
 #include "providers/CmpiMetricDefinition.h"
 #include "providers/CmpiMetricValue.h"
 #include "providers/CmpiProviderUtil.h"
@@ -15,7 +15,6 @@
 #include "providers/ObjectFilters.h"
 #include "providers/readers/DiskStats.h"
 #include "providers/readers/LoadAverage.h"
-#include "providers/readers/MountTable.h"
 #include "providers/readers/NetDev.h"
 #include "providers/readers/ProcStat.h"
 #include "providers/readers/VmStat.h"
@@ -137,9 +136,12 @@ constexpr Figure<NetDev> kNetworkFigures[] = {
     {Net_Collisions, [](const NetDev& net) -> CmpiData { return net.collisions; }},
 };
 
-constexpr Figure<FileSystemInfo> kFileSystemFigures[] = {
-    {FS_Size, [](const FileSystemInfo& info) -> CmpiData { return info.size; }},
-    {FS_AvailableSpace, [](const FileSystemInfo& info) -> CmpiData { return info.available; }},
+using FileSystem = struct statvfs;
+
+constexpr Figure<FileSystem> kFileSystemFigures[] = {
+    {FS_Size, [](const FileSystem& fs) { return optionalData(bytesOf(fs.f_blocks, fs)); }},
+    {FS_AvailableSpace,
+     [](const FileSystem& fs) { return optionalData(bytesOf(fs.f_bavail, fs)); }},
 };
 
 using IdSet = std::bitset<static_cast<std::size_t>(End)>;
@@ -183,11 +185,11 @@ CmpiStatus failed(std::string message) {
 
 CmpiMetricProviderLinux::CmpiMetricProviderLinux(const CmpiBroker& broker,
                                                  const CmpiContext& context, const HostFiles& files,
-                                                 FileSystemQueryFunction queryFileSystems)
+                                                 BoundedCalls& calls)
     : CmpiBaseMI(broker, context),
       CmpiMetricProvider(broker, context),
       m_files(files),
-      m_queryFileSystems(std::move(queryFileSystems)) {}
+      m_calls(calls) {}
 
 CmpiStatus CmpiMetricProviderLinux::enumInstances(const CmpiContext& context, CmpiResult& result,
                                                   const CmpiObjectPath& path, const char**) {
@@ -347,47 +349,16 @@ void CmpiMetricProviderLinux::getNetDevStat(CmpiList& out) {
 }
 
 void CmpiMetricProviderLinux::getFsStat(const CmpiContext&, CmpiList& out) {
-  constexpr const char* kName = "/etc/mtab";
-  const char* path = nullptr;
-  OddLines odd;
-  const MountTable table = readMountTable(readFirst(m_files.mountTables(), kName, path), odd);
-  traceOddLines(path, odd);
-
-  // What is mounted last on a place hides what was mounted there before, even when the filters
-  // leave it out itself.
-  std::unordered_map<std::string_view, const MountTable::Mount*> active(table.mounts.size());
-  for (const MountTable::Mount& mount : table.mounts) active[mount.mountPoint] = &mount;
-
-  std::vector<const MountTable::Mount*> measured;
-  std::vector<FileSystemQuery> queries;
-  for (const MountTable::Mount& mount : table.mounts) {
-    if (SkipFileSystem(mount.device, mount.mountPoint, mount.type) != 0) continue;
-    BRV_TRACE(kDetail, "Getting file system statistics from %s mounted on %s\n", mount.device,
-              mount.mountPoint);
-    if (const MountTable::Mount* top = active[mount.mountPoint]; top != &mount) {
-      BRV_TRACE(kWarning,
-                "Ignoring over mounted file system %s on %s. Currently active file system is %s\n",
-                mount.device, mount.mountPoint, top->device);
-      continue;
-    }
-    measured.push_back(&mount);
-    queries.push_back({mount.mountPoint, mount.type});
-  }
-
-  const std::vector<FileSystemInfo> answers = m_queryFileSystems(m_files, queries);
+  ActiveMounts mounts(m_files);
+  if (const int error = mounts.read())
+    throwCmpiStatus(failed(std::string("Failed to open ") + ActiveMounts::kTableName + ": " +
+                           std::strerror(error)));
+  const auto skip = [this](const MountTable::Mount& mount) {
+    return SkipFileSystem(mount.device, mount.mountPoint, mount.type) != 0;
+  };
   Values values(out);
-  for (std::size_t i = 0; i < answers.size(); ++i) {
-    const MountTable::Mount& mount = *measured[i];
-    if (answers[i].error != 0)
-      BRV_TRACE_ERRNO(kWarning, answers[i].error,
-                      "Failed to get file system statistics from %s mounted on %s", mount.device,
-                      mount.mountPoint);
-    else if (answers[i].size == 0)
-      BRV_TRACE(kDetail, "Ignoring zero size file system %s mounted on %s\n", mount.device,
-                mount.mountPoint);
-    else
-      values.add(kFileSystemFigures, answers[i], mount.mountPoint);
-  }
+  for (const auto& [mount, info] : mounts.measure(m_calls, skip))
+    if (info.error == 0) values.add(kFileSystemFigures, info.figures, mount->mountPoint);
 }
 
 }  // namespace brv

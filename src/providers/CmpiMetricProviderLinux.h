@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <functional>
 #include <span>
 #include <string_view>
-#include <vector>
 
 #include "providers/CmpiMetricProvider.h"
+#include "runtime/BoundedCalls.h"
 #include "runtime/HostFiles.h"
-#include "runtime/OsUtility.h"
 
 namespace brv {
 
@@ -18,14 +16,11 @@ namespace brv {
 class CmpiMetricProviderLinux : public CmpiMetricProvider {
  public:
   static constexpr const char* kProviderName = "BRV_MetricProvider";
-  /// See OsUtility::GetFileSystemInfo.
-  using FileSystemQueryFunction = std::function<std::vector<FileSystemInfo>(
-      const HostFiles&, std::span<const FileSystemQuery>)>;
-
-  /// `files` must outlive the provider.
+  /// Both of the host must outlive the provider. File systems that may not answer are asked by
+  /// `calls`.
   CmpiMetricProviderLinux(const CmpiBroker& broker, const CmpiContext& context,
                           const HostFiles& files = HostFiles::process(),
-                          FileSystemQueryFunction queryFileSystems = OsUtility::GetFileSystemInfo);
+                          BoundedCalls& calls = BoundedCalls::process());
 
   /// A class other than those of values, definitions and capabilities answers code 7.
   CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
@@ -56,7 +51,7 @@ class CmpiMetricProviderLinux : public CmpiMetricProvider {
                              const char*& path);
 
   const HostFiles& m_files;
-  FileSystemQueryFunction m_queryFileSystems;
+  BoundedCalls& m_calls;
   FileBuffer m_buffer;
 };
 

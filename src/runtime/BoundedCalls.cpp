@@ -5,19 +5,18 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/file.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <ctime>
+#include <deque>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "runtime/ChildProcess.h"
 #include "runtime/Trace.h"
@@ -34,6 +33,7 @@ constexpr std::size_t kFirstThreads = 4;
 // Threads double this often while items wait for one: a thousand slow items are all under way
 // after 16 ms, quick ones are through before many threads were made for them.
 constexpr long kGrowthNanoseconds = 2'000'000;
+constexpr long kLockPauseNanoseconds = 1'000'000;
 
 // What stands before an answer in the pipe.
 struct AnswerHead {
@@ -47,55 +47,107 @@ constexpr std::uint32_t kNoAnswer = UINT32_MAX;
 // closes its descriptors.
 class ItemLocks {
  public:
-  explicit ItemLocks(const std::string& folder) {
+  // Whoever has held a lock for longer than `limit` is stuck.
+  ItemLocks(const std::string& folder, std::chrono::milliseconds limit, Clock::time_point deadline)
+      : m_limit(limit), m_deadline(deadline) {
     if (folder.empty()) return;
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
       BRV_TRACE_ERRNO(kDetail, errno, "Failed to make %s", folder.c_str());
     m_folder = Descriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   }
 
-  // False if another process holds it. Two items of one device share a lock: each open file is an
-  // owner of its own and would find the other in its way.
-  bool take(std::string_view name) {
+  struct Lock {
+    Descriptor file;
+    std::atomic<std::size_t> items{0};  ///< that have not been answered
+
+    // Of an item that is answered; the last one unlocks for everybody who has the file open.
+    void release() {
+      if (--items == 0) ::flock(file.get(), LOCK_UN);
+    }
+  };
+
+  // False if another process holds it. `lock` becomes what is to be released, null where nothing is
+  // locked. Two items of one device share a lock: each open file is an owner of its own and would
+  // find the other in its way.
+  bool take(std::string_view name, Lock*& lock) {
+    lock = nullptr;
     if (m_folder.get() < 0 || name.empty() || name.find('/') != std::string_view::npos) return true;
-    const auto [known, isNew] = m_known.try_emplace(name, true);
-    if (!isNew) return known->second;
-    const std::string file = "probe-" + std::string(name);
-    Descriptor lock(::openat(m_folder.get(), file.c_str(),
-                             O_RDONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
-    if (lock.get() < 0) return true;
-    if (::flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
-      m_held.push_back(std::move(lock));
-    else
-      known->second = errno != EWOULDBLOCK;
-    return known->second;
+    if (const auto known = m_known.find(name); known != m_known.end()) {
+      lock = known->second;
+    } else {
+      const std::string path = "probe-" + std::string(name);
+      Descriptor file(::openat(m_folder.get(), path.c_str(),
+                               O_RDONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
+      if (file.get() < 0) return true;
+      const int error = acquire(file.get());
+      if (error == 0) {
+        lock = &m_held.emplace_back();
+        lock->file = std::move(file);
+      } else if (error != EWOULDBLOCK) {
+        return true;
+      }
+      m_known.emplace(name, lock);
+    }
+    if (lock != nullptr) ++lock->items;
+    return lock != nullptr;
   }
 
-  const std::vector<Descriptor>& held() const { return m_held; }
+  const std::deque<Lock>& held() const { return m_held; }
   void closeAll() { m_held.clear(); }
 
  private:
+  // 0, EWOULDBLOCK for a lock of a process that is stuck, or another errno value. Another run that
+  // has only begun is waited for: its answer comes, or it is stuck soon. Everybody takes the locks
+  // in the order of the mount table, so no two wait for each other.
+  int acquire(int file) const {
+    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+      if (errno != EWOULDBLOCK || Clock::now() >= m_deadline || !heldLately(file)) return errno;
+      const timespec pause{0, kLockPauseNanoseconds};
+      ::nanosleep(&pause, nullptr);
+    }
+    ::futimens(file, nullptr);  // tells since when
+    return 0;
+  }
+
+  bool heldLately(int file) const {
+    struct stat status {};
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    if (::fstat(file, &status) != 0) return false;
+    const auto age = std::chrono::seconds(now.tv_sec - status.st_mtim.tv_sec) +
+                     std::chrono::nanoseconds(now.tv_nsec - status.st_mtim.tv_nsec);
+    errno = EWOULDBLOCK;
+    return age >= -m_limit && age < m_limit;
+  }
+
+  const std::chrono::milliseconds m_limit;
+  const Clock::time_point m_deadline;
   Descriptor m_folder;
-  std::unordered_map<std::string_view, bool> m_known;
-  std::vector<Descriptor> m_held;
+  std::unordered_map<std::string_view, Lock*> m_known;  // null: another process's
+  std::deque<Lock> m_held;                              // which has its elements stay in place
 };
 
 // ---- The child
 
+struct AskedItem {
+  std::uint32_t index;
+  ItemLocks::Lock* lock;
+};
+
 struct Work {
   const BoundedCalls::Function& function;
-  const std::vector<std::uint32_t>& items;
+  const std::vector<AskedItem>& items;
   int pipe;
   std::atomic<std::size_t> next{0};
   std::atomic<std::size_t> done{0};
 };
 
-void answer(const Work& work, std::uint32_t item) {
+void answer(const Work& work, const AskedItem& item) {
   char record[PIPE_BUF];
-  AnswerHead head{item, kNoAnswer};
+  AnswerHead head{item.index, kNoAnswer};
   std::size_t size = sizeof(head);
   try {
-    const std::string text = work.function(item);
+    const std::string text = work.function(item.index);
     if (text.size() <= BoundedCalls::kLargestAnswer) {
       head.size = static_cast<std::uint32_t>(text.size());
       std::memcpy(record + size, text.data(), text.size());
@@ -105,6 +157,8 @@ void answer(const Work& work, std::uint32_t item) {
     head.size = kNoAnswer;
   }
   std::memcpy(record, &head, sizeof(head));
+  // Other items may keep this process for ever, and who gets the answer may ask again at once.
+  if (item.lock != nullptr) item.lock->release();
   while (::write(work.pipe, record, size) < 0 && errno == EINTR) continue;
 }
 
@@ -138,37 +192,6 @@ void* workThread(void* argument) {
     ::nanosleep(&pause, nullptr);
   }
   for (;;) ::pause();
-}
-
-void closeRange(unsigned first, unsigned last) {
-  if (first > last || ::close_range(first, last, 0) == 0) return;
-  // Before Linux 5.9. A descriptor above the limit was opened before the limit was lowered.
-  rlimit limit{};
-  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
-    limit.rlim_cur = 1 << 20;
-  for (unsigned fd = first; fd <= last && fd < limit.rlim_cur; ++fd) ::close(static_cast<int>(fd));
-}
-
-// Lets go of everything that others may wait for: an output pipe, a folder. `kept` is sorted.
-void detach(const std::vector<int>& kept) {
-  // An answer that nobody waits for any more is not worth going on.
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  std::signal(SIGPIPE, SIG_DFL);
-  static_cast<void>(::chdir("/") == 0);
-  const int null = ::open("/dev/null", O_RDWR);
-  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-    if (null >= 0)
-      ::dup2(null, fd);
-    else
-      ::close(fd);
-  }
-  int first = STDERR_FILENO + 1;
-  for (const int fd : kept) {
-    if (fd < first) continue;
-    closeRange(static_cast<unsigned>(first), static_cast<unsigned>(fd) - 1);
-    first = fd + 1;
-  }
-  closeRange(static_cast<unsigned>(first), ~0U);
 }
 
 // ---- The parent
@@ -219,20 +242,19 @@ class AnswerReader {
 };
 
 // 0 or an errno value. The child is gone or given up when it returns.
-int askInChild(const std::vector<std::uint32_t>& items, const BoundedCalls::Function& function,
+int askInChild(const std::vector<AskedItem>& items, const BoundedCalls::Function& function,
                Clock::time_point deadline, std::span<const int> descriptors, ItemLocks& locks,
                BoundedCalls::Answers& answers) {
   ChildPipe pipe;
   if (const int error = pipe.open(); error != 0) return error;
   std::vector<int> kept(descriptors.begin(), descriptors.end());
-  for (const Descriptor& lock : locks.held()) kept.push_back(lock.get());
+  for (const ItemLocks::Lock& lock : locks.held()) kept.push_back(lock.file.get());
   kept.push_back(pipe.writer.get());
-  std::sort(kept.begin(), kept.end());
 
   const pid_t id = ::fork();
   if (id < 0) return errno;
   if (id == 0) {
-    detach(kept);
+    ChildProcess::detach(std::move(kept));
     Work work{function, items, pipe.writer.get()};
     workOnAll(work);
   }
@@ -256,12 +278,13 @@ BoundedCalls::Answers ForkedCalls::ask(std::span<const BoundedItem> items, const
   Answers answers(items.size());
   if (items.empty()) return answers;
   const auto deadline = Clock::now() + limit;
-  ItemLocks locks(m_lockFolder);
-  std::vector<std::uint32_t> asked;
+  ItemLocks locks(m_lockFolder, limit, deadline);
+  std::vector<AskedItem> asked;
   asked.reserve(items.size());
   for (std::size_t i = 0; i < items.size(); ++i) {
-    if (locks.take(items[i].lock))
-      asked.push_back(static_cast<std::uint32_t>(i));
+    ItemLocks::Lock* lock = nullptr;
+    if (locks.take(items[i].lock, lock))
+      asked.push_back({static_cast<std::uint32_t>(i), lock});
     else
       BRV_TRACE(kWarning, "%s is not asked: an earlier process still waits for its answer",
                 items[i].name.c_str());
@@ -270,8 +293,9 @@ BoundedCalls::Answers ForkedCalls::ask(std::span<const BoundedItem> items, const
   if (const int error = askInChild(asked, function, deadline, descriptors, locks, answers);
       error != 0)
     BRV_TRACE_ERRNO(kError, error, "Failed to ask in a child process");
-  for (const std::uint32_t item : asked)
-    if (!answers[item]) BRV_TRACE(kWarning, "%s gives no answer", items[item].name.c_str());
+  for (const AskedItem& item : asked)
+    if (!answers[item.index])
+      BRV_TRACE(kWarning, "%s gives no answer", items[item.index].name.c_str());
   return answers;
 }
 

@@ -55,10 +55,12 @@ class BoundedCalls {
 /// An item that does not answer keeps its thread for ever, so threads are added until there are as
 /// many as items not yet begun need: dead items cost their neighbours nothing.
 ///
-/// The locks: while the child lives, dead or stuck, it holds a flock(2) on `probe-<lock>` in
-/// the folder. An item whose lock another process holds is not asked and has no answer, so runs
-/// every minute on a host with a dead server leave one stuck process, not hundreds. What prevents
-/// locking (no folder, no descriptors left) prevents nothing else.
+/// The locks: until an item is answered the child, dead or stuck, holds a flock(2) on
+/// `probe-<lock>` in the folder. An item whose lock another process has held for longer than the
+/// limit is not asked and has no answer, so runs every minute on a host with a dead server leave
+/// one stuck process, not hundreds, and still get the answers of its neighbours. A run at the same
+/// time is waited for. What prevents locking (no folder, no descriptors left) prevents nothing
+/// else.
 ///
 /// The child goes on in the state of this process with one thread, as after every fork(2). It
 /// relies on glibc for memory and new threads there, even if this process had other threads. A lock

@@ -3,11 +3,15 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 
 #include "runtime/Trace.h"
 
@@ -19,6 +23,15 @@ constexpr std::chrono::milliseconds kReapTime{50};
 // How often the end of a child is looked for where it cannot be polled.
 constexpr int kPollWithoutDescriptor = 5;  // milliseconds
 
+void closeRange(unsigned first, unsigned last) {
+  if (first > last || ::close_range(first, last, 0) == 0) return;
+  // Before Linux 5.9. A descriptor above the limit was opened before the limit was lowered.
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+    limit.rlim_cur = 1 << 20;
+  for (unsigned fd = first; fd <= last && fd < limit.rlim_cur; ++fd) ::close(static_cast<int>(fd));
+}
+
 }  // namespace
 
 int ChildPipe::open() {
@@ -27,6 +40,28 @@ int ChildPipe::open() {
   reader = Descriptor(ends[0]);
   writer = Descriptor(ends[1]);
   return ::fcntl(ends[0], F_SETFL, O_NONBLOCK) == 0 ? 0 : errno;
+}
+
+void ChildProcess::detach(std::vector<int> kept) {
+  // An answer that nobody waits for any more is not worth going on.
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  std::signal(SIGPIPE, SIG_DFL);
+  static_cast<void>(::chdir("/") == 0);
+  const int null = ::open("/dev/null", O_RDWR);
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (null >= 0)
+      ::dup2(null, fd);
+    else
+      ::close(fd);
+  }
+  std::sort(kept.begin(), kept.end());
+  int first = STDERR_FILENO + 1;
+  for (const int fd : kept) {
+    if (fd < first) continue;
+    closeRange(static_cast<unsigned>(first), static_cast<unsigned>(fd) - 1);
+    first = fd + 1;
+  }
+  closeRange(static_cast<unsigned>(first), ~0U);
 }
 
 ChildProcess::ChildProcess(pid_t id, bool leadsGroup)

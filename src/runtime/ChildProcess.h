@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <vector>
 
 #include "runtime/Descriptor.h"
 
@@ -24,6 +25,11 @@ struct ChildPipe {
 class ChildProcess {
  public:
   using Clock = std::chrono::steady_clock;
+
+  /// In a forked child that goes on in this program: lets go of everything that others may wait
+  /// for. The descriptors above 2 are closed but for `kept`, 0 to 2 lead to /dev/null, the folder
+  /// is "/"; the child is killed when the thread that forked it ends.
+  static void detach(std::vector<int> kept);
 
   /// `leadsGroup`: the child is the leader of a process group, which is killed with it.
   ChildProcess(pid_t id, bool leadsGroup);

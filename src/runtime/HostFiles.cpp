@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "runtime/HostFiles.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <linux/openat2.h>
@@ -12,10 +13,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <utility>
 #include <vector>
 
-#include "runtime/Descriptor.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -35,6 +36,19 @@ constexpr std::size_t kLargestFile = 1024 * 1024 * 1024;
 int fail(int error) {
   errno = error;
   return -1;
+}
+
+// What read() opens files with: a FIFO must not wait, a terminal not become ours.
+constexpr int kReading = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+int readLinkAt(int folder, const char* name, std::string& target) {
+  char text[PATH_MAX];
+  const ssize_t size = ::readlinkat(folder, name, text, sizeof(text));
+  target.assign(text, size > 0 ? static_cast<std::size_t>(size) : 0);
+  if (size >= 0) return 0;
+  // What an empty name says of a descriptor that is no link.
+  return *name == '\0' && errno == ENOENT ? EINVAL : errno;
 }
 
 }  // namespace
@@ -116,6 +130,8 @@ int HostFiles::openByHand(int rootFd, std::string_view path, int flags) {
     struct stat status {};
     if (::fstat(entry.get(), &status) != 0) return -1;
     if (S_ISLNK(status.st_mode)) {
+      if (pending.empty() && (flags & O_NOFOLLOW) != 0)
+        return (flags & O_PATH) != 0 ? entry.release() : fail(ELOOP);
       if (++links > kMaximumLinks) return fail(ELOOP);
       char target[PATH_MAX];
       const ssize_t size = ::readlinkat(entry.get(), "", target, sizeof(target));
@@ -134,8 +150,11 @@ int HostFiles::openByHand(int rootFd, std::string_view path, int flags) {
 }
 
 int HostFiles::read(const char* path, FileBuffer& content) const {
+  return readOpen(Descriptor(open(path, kReading)), content);
+}
+
+int HostFiles::readOpen(Descriptor file, FileBuffer& content) {
   content.m_size = 0;
-  const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (file.get() < 0) return errno;
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) return errno;
@@ -143,22 +162,21 @@ int HostFiles::read(const char* path, FileBuffer& content) const {
   // Kernel files have no size; that of others says how much one read can bring.
   content.reserve(
       std::clamp(static_cast<std::size_t>(status.st_size) + 1, kFirstCapacity, kLargestGuess));
+  const int error = content.fill(file.get());
+  if (error != 0) content.m_size = 0;
+  return error;
+}
+
+int FileBuffer::fill(int file) {
   for (;;) {
-    if (content.m_size > kLargestFile) {
-      content.m_size = 0;
-      return EFBIG;
-    }
-    if (content.m_size == content.m_capacity) content.reserve(2 * content.m_capacity);
-    const ssize_t got = ::read(file.get(), content.m_data.get() + content.m_size,
-                               content.m_capacity - content.m_size);
-    if (got > 0) {
-      content.m_size += static_cast<std::size_t>(got);
-    } else if (got == 0) {
-      return 0;
-    } else if (errno != EINTR) {
-      content.m_size = 0;
+    if (m_size > kLargestFile) return EFBIG;
+    if (m_size == m_capacity) reserve(2 * m_capacity);
+    const ssize_t got = ::read(file, m_data.get() + m_size, m_capacity - m_size);
+    if (got == 0) return 0;
+    if (got > 0)
+      m_size += static_cast<std::size_t>(got);
+    else if (errno != EINTR)
       return errno;
-    }
   }
 }
 
@@ -172,6 +190,19 @@ int HostFiles::readFirst(std::span<const char* const> paths, FileBuffer& content
   return first;
 }
 
+int HostFiles::readLink(const char* path, std::string& target) const {
+  if (!m_ownRoot) return readLinkAt(AT_FDCWD, path, target);
+  const Descriptor link(open(path, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  return link.get() < 0 ? errno : readLinkAt(link.get(), "", target);
+}
+
+std::unique_ptr<HostFolder> HostFiles::openFolder(const char* path, int& error) const {
+  Descriptor folder(open(path, kFolder));
+  error = folder.get() < 0 ? errno : 0;
+  if (error != 0) return nullptr;
+  return std::unique_ptr<HostFolder>(new HostFolder(*this, path, std::move(folder)));
+}
+
 int HostFiles::fileSystem(const char* path, struct statvfs& result, dev_t* device) const {
   if (!m_ownRoot && device == nullptr) return ::statvfs(path, &result) == 0 ? 0 : errno;
   const Descriptor place(open(path, O_PATH | O_CLOEXEC));
@@ -181,6 +212,64 @@ int HostFiles::fileSystem(const char* path, struct statvfs& result, dev_t* devic
   if (::fstat(place.get(), &status) != 0) return errno;
   *device = status.st_dev;
   return 0;
+}
+
+// A name without links cannot leave the folder; whatever else there is goes through the root.
+int HostFolder::open(const char* name, int flags) const {
+  if (!m_files.hasOwnRoot()) return ::openat(m_folder.get(), name, flags);
+  if (std::strchr(name, '/') == nullptr) {
+    const int fd = ::openat(m_folder.get(), name, flags | O_NOFOLLOW);
+    if (fd >= 0 || (errno != ELOOP && errno != ENOTDIR)) return fd;
+  }
+  return m_files.open((m_path + '/' + name).c_str(), flags);
+}
+
+int HostFolder::read(const char* name, FileBuffer& content) const {
+  return HostFiles::readOpen(Descriptor(open(name, kReading)), content);
+}
+
+int HostFolder::readLink(const char* name, std::string& target) const {
+  if (!m_files.hasOwnRoot() || std::strchr(name, '/') == nullptr)
+    return readLinkAt(m_folder.get(), name, target);
+  return m_files.readLink((m_path + '/' + name).c_str(), target);
+}
+
+bool HostFolder::exists(const char* name) const {
+  struct stat status {};
+  return ::fstatat(m_folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+int HostFolder::modified(const char* name, std::int64_t& seconds) const {
+  struct stat status {};
+  if (::fstatat(m_folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  seconds = status.st_mtim.tv_sec;
+  return 0;
+}
+
+int HostFolder::list(const std::function<void(const char* name)>& onName) const {
+  const int copy = ::openat(m_folder.get(), ".", kFolder);
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(copy < 0 ? nullptr : ::fdopendir(copy),
+                                                    ::closedir);
+  if (entries == nullptr) {
+    const int error = errno;
+    if (copy >= 0) ::close(copy);
+    return error;
+  }
+  for (;;) {
+    errno = 0;
+    const dirent* entry = ::readdir(entries.get());
+    if (entry == nullptr) return errno;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") onName(entry->d_name);
+  }
+}
+
+std::unique_ptr<HostFolder> HostFolder::openFolder(const char* name, int& error) const {
+  Descriptor folder(open(name, kFolder));
+  error = folder.get() < 0 ? errno : 0;
+  if (error != 0) return nullptr;
+  return std::unique_ptr<HostFolder>(
+      new HostFolder(m_files, m_path + '/' + name, std::move(folder)));
 }
 
 std::span<const char* const> HostFiles::mountTables() const {

@@ -5,12 +5,18 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "runtime/Descriptor.h"
+
 namespace brv {
+
+class HostFolder;
 
 /// The bytes of one file, in memory that the next read uses again.
 class FileBuffer {
@@ -20,6 +26,8 @@ class FileBuffer {
  private:
   friend class HostFiles;
   void reserve(std::size_t capacity);
+  /// All of `file` from its place on. 0 or an errno value.
+  int fill(int file);
 
   std::unique_ptr<char[]> m_data;
   std::size_t m_capacity = 0;
@@ -54,6 +62,12 @@ class HostFiles {
   /// Reads the first of `paths` that can be opened; the error is that of the first path.
   int readFirst(std::span<const char* const> paths, FileBuffer& content) const;
 
+  /// Where a link leads to, as it is written there. 0 or an errno value, EINVAL for what is no
+  /// link.
+  int readLink(const char* path, std::string& target) const;
+  /// Opens a folder for what is asked of it; a null pointer with `error` set when that fails.
+  std::unique_ptr<HostFolder> openFolder(const char* path, int& error) const;
+
   /// The file system that holds `path`, and on request its device number. 0 or an errno value.
   int fileSystem(const char* path, struct statvfs& result, dev_t* device = nullptr) const;
 
@@ -68,11 +82,43 @@ class HostFiles {
   static int openByHand(int rootFd, std::string_view path, int flags);
 
  private:
+  friend class HostFolder;
   int open(const char* path, int flags) const;
+  /// Takes an open file that read() may have opened.
+  static int readOpen(Descriptor file, FileBuffer& content);
 
   bool m_ownRoot = false;
   int m_rootFd = -1;
   int m_rootError = 0;
+};
+
+/// A folder that stays the same one while its files are read: /proc/<pid> of a process whose number
+/// is given to another one meanwhile, or one with many small files. Names are relative to it and
+/// may hold slashes. It must not outlive its HostFiles.
+class HostFolder {
+ public:
+  /// As HostFiles::read().
+  int read(const char* name, FileBuffer& content) const;
+  int readLink(const char* name, std::string& target) const;
+  /// Whether there is something of that name, without slash, be it a link that leads nowhere.
+  bool exists(const char* name) const;
+  /// When the content of `name`, without slash, was changed last, in seconds since the epoch. 0 or
+  /// an errno value; of a link it is the link's own.
+  int modified(const char* name, std::int64_t& seconds) const;
+  /// Calls `onName` with every name but "." and "..", in no order. 0 or an errno value.
+  int list(const std::function<void(const char* name)>& onName) const;
+  /// The folder below this one; a null pointer with `error` set when it cannot be opened.
+  std::unique_ptr<HostFolder> openFolder(const char* name, int& error) const;
+
+ private:
+  friend class HostFiles;
+  HostFolder(const HostFiles& files, std::string path, Descriptor folder)
+      : m_files(files), m_path(std::move(path)), m_folder(std::move(folder)) {}
+  int open(const char* name, int flags) const;
+
+  const HostFiles& m_files;
+  std::string m_path;  // the host's own
+  Descriptor m_folder;
 };
 
 }  // namespace brv

@@ -1,26 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
+#include <sys/statvfs.h>
+
+#include <chrono>
 #include <span>
-#include <string_view>
+#include <string>
 #include <vector>
 
 #include "runtime/HostFiles.h"
 
 namespace brv {
 
-/// A mounted file system to ask about.
+class BoundedCalls;
+
+/// A mounted file system whose figures are wanted.
 struct FileSystemQuery {
-  const char* mountPoint;  ///< the host's own path, NUL-terminated
-  std::string_view type;   ///< as the mount table names it
+  std::string mountPoint;  ///< the host's own path
+  /// "major:minor" as the mount table of the process names it; empty where it does not.
+  std::string device{};
+  /// Whether asking may wait for a server or a user process, of this file system or of one that it
+  /// is mounted below.
+  bool mayBlock = false;
 };
 
-/// What a file system says of itself (statvfs(3)).
+/// What a file system says of itself.
 struct FileSystemInfo {
-  int error = 0;                ///< errno value; the sizes mean nothing unless it is 0
-  std::uint64_t size = 0;       ///< bytes
-  std::uint64_t available = 0;  ///< bytes that unprivileged users may still write
+  static constexpr int kNoAnswer = -1;
+
+  int error = kNoAnswer;        ///< 0, an errno value or kNoAnswer
+  struct statvfs figures = {};  ///< mean nothing unless the error is 0
 };
 
 class OsUtility {
@@ -28,11 +37,13 @@ class OsUtility {
   /// access(2): 0, or an errno value.
   static int Access(const char* path, int mode);
 
-  /// Asks every file system of `queries`; the answers stand in the same order. All are handed over
-  /// at once because those that do not answer are to be given up together. An automount point
-  /// ("autofs") is never asked, since asking would mount it; it has the size 0.
-  static std::vector<FileSystemInfo> GetFileSystemInfo(const HostFiles& files,
-                                                       std::span<const FileSystemQuery> queries);
+  /// Asks every file system of `queries`; the answers stand in the same order. Those that may
+  /// block are asked together within `limit`, the others directly; without the former nothing is
+  /// started. Below a root of its own a file system with another device number than the query's
+  /// counts as missing (ENODEV): the reader does not have what the host has mounted there.
+  static std::vector<FileSystemInfo> GetFileSystemInfo(
+      const HostFiles& files, BoundedCalls& calls, std::span<const FileSystemQuery> queries,
+      std::chrono::milliseconds limit = std::chrono::seconds(2));
 };
 
 }  // namespace brv

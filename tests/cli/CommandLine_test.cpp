@@ -150,7 +150,7 @@ TEST(CommandLine, ARequestReachesItsClassInItsNamespace) {
       {"-a -c A -C BRV_MetricValue", 1, "", error("Internal error")},
       {"-exec m -c Nope -prop a=b -args c=d", 1, "", noProvider("Nope")},
       {"-x m -c BRV_MetricValue -p a=b -i c=(uint8)1", 1, "", error("Internal error")},
-      {"-olmod -swpackages -swpatches", 1, "", noProvider("BRV_OLMODComputerSystem")},
+      {"-olmod -swpackages -swpatches", 1, "", noProvider("BRV_OLMODVirtualComputerSystem")},
   });
 }
 
@@ -173,23 +173,34 @@ TEST(CommandLine, ContinueOnErrorPassesOverWhatFails) {
 // The classes of the loaded providers, provider by provider.
 TEST(CommandLine, EverythingIsListedInTableOrder) {
   const std::string before = listing("BRV_Provider");
-  const std::string after = listing("BRV_MetricDefinition") + listing("BRV_ProviderCapabilities");
+  const std::string capabilities = listing("BRV_ProviderCapabilities");
+  const std::size_t inventory =
+      capabilities.find("****", capabilities.find("MetricDefinition\n SupportedMetrics"));
+  const std::string after = listing("BRV_MetricDefinition") + capabilities.substr(0, inventory);
   for (const char* arguments : {"-A -E", "-enumiall -E -metadata", "-A -continue-on-error -M"}) {
     SCOPED_TRACE(arguments);
     const ProgramResult run = cimb(arguments);
     EXPECT_EQ(run.status, 0);
-    ASSERT_THAT(run.output, AllOf(StartsWith(before), EndsWith(after)));
-    const std::string values =
-        run.output.substr(before.size(), run.output.size() - before.size() - after.size());
+    ASSERT_THAT(run.output, AllOf(StartsWith(before), HasSubstr(after)));
+    const std::size_t end = run.output.find(after);
+    const std::string values = run.output.substr(before.size(), end - before.size());
     EXPECT_EQ(firstDifference(listing("BRV_MetricValue"), masked(values)), "");
+    std::vector<std::string> classes;
+    for (const std::string& line : split(run.output.substr(end + after.size())))
+      if (constexpr std::string_view kName = " CreationClassName , string , ";
+          line.starts_with(kName) && (classes.empty() || !line.ends_with(classes.back())))
+        classes.push_back(line.substr(kName.size()));
+    EXPECT_THAT(classes, testing::ElementsAre("BRV_OLMODComputerSystem", "BRV_OLMODOperatingSystem",
+                                              "BRV_OLMODFileSystem", "BRV_ProviderCapabilities"));
+    EXPECT_THAT(run.output, EndsWith(capabilities.substr(inventory)));
   }
 }
 
 TEST(CommandLine, MetadataNamesTheClassThatWasAskedFor) {
   constexpr std::string_view kLine = " _OriginatingClassName , string , BRV_ProviderCapabilities\n";
   std::string expected = listing("BRV_ProviderCapabilities");
-  const std::size_t second = expected.find('*', expected.find('\n'));
-  expected.insert(second, kLine);
+  for (std::size_t at = 0; (at = expected.find("\n*", at)) != std::string::npos; at += kLine.size())
+    expected.insert(++at, kLine);
   expected += kLine;
   for (const char* option : {"-metadata", "-M"})
     EXPECT_EQ(cimb(std::string("-e -c BRV_ProviderCapabilities ") + option).output, expected);

@@ -95,7 +95,7 @@ TEST_F(ForeignProviders, EveryClassOfTheTableIsServedInItsNamespace) {
     allPaths.insert(allPaths.end(), {path + "1", path + "2"});
   }
   std::vector<std::string> paths;
-  for (const Object& object : objects(run("-A").output))
+  for (const Object& object : objects(run("-A -E").output))
     if (object.contains("Path")) paths.push_back(object.at("Path"));
   EXPECT_EQ(paths, allPaths);
 }

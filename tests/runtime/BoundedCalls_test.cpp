@@ -17,7 +17,7 @@
 #include <thread>
 
 #include "runtime/Descriptor.h"
-#include "runtime/FileSystemFigures.h"
+#include "runtime/OsUtility.h"
 #include "support/InlineCalls.h"
 #include "support/RunProgram.h"
 
@@ -143,10 +143,25 @@ TEST(BoundedCalls, LocksWhatItAsks) {
   EXPECT_EQ(calls.ask(asked, held, kLong, {}),
             (BoundedCalls::Answers{"held", "held", "held", "free", "free"}));
   EXPECT_EQ(fs::status(locks).permissions(), fs::perms::owner_all);
+  // One that is answered is free for others while its neighbour, the first, still waits.
+  const auto wait = [&](std::size_t i) -> std::string {
+    for (int tries = 0; i == 0 && tries < 300 && isHeld(locks + "/probe-0:45"); ++tries)
+      ::usleep(1000);
+    return i == 0 ? held(1) + held(0) : "";
+  };
+  EXPECT_EQ(calls.ask({asked.data(), 2}, wait, kLong, {}), (BoundedCalls::Answers{"freeheld", ""}));
 
-  // One of an earlier process that is still stuck; alone it starts nothing.
+  // Another run holds the lock, but not for long.
   const Descriptor stuck(::open((locks + "/probe-8:1").c_str(), O_RDONLY | O_CLOEXEC));
   ASSERT_EQ(::flock(stuck.get(), LOCK_EX | LOCK_NB), 0) << "the child's lock outlived it";
+  std::thread other([&] { ::usleep(20'000), ::flock(stuck.get(), LOCK_UN); });
+  EXPECT_EQ(calls.ask({asked.data(), 1}, held, kLong, {}), BoundedCalls::Answers{"held"});
+  other.join();
+
+  // One of an earlier process that is still stuck; alone it starts nothing.
+  ASSERT_EQ(::flock(stuck.get(), LOCK_EX | LOCK_NB), 0);
+  const timespec longAgo[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+  ASSERT_EQ(::futimens(stuck.get(), longAgo), 0);
   EXPECT_EQ(calls.ask(asked, held, kLong, {}),
             (BoundedCalls::Answers{{}, "held", {}, "free", "free"}));
   const auto start = Clock::now();
@@ -158,14 +173,14 @@ TEST(BoundedCalls, LocksWhatItAsks) {
             BoundedCalls::Answers{"held"});
 }
 
-TEST(FileSystemFigures, OnlyThoseThatMayBlockAreAskedElsewhere) {
+TEST(GetFileSystemInfo, OnlyThoseThatMayBlockAreAskedElsewhere) {
   struct stat root {};
   ASSERT_EQ(::stat("/tmp", &root), 0);
   const std::string device =
       std::to_string(major(root.st_dev)) + ':' + std::to_string(minor(root.st_dev));
-  const std::vector<FileSystemQuestion> questions = {
+  const std::vector<FileSystemQuery> queries = {
       {"/tmp", device}, {"/tmp", device, true}, {"/nowhere", "", true}, {"/tmp/", "1:2", true}};
-  constexpr int kNoAnswer = FileSystemAnswer::kNoAnswer;
+  constexpr int kNoAnswer = FileSystemInfo::kNoAnswer;
 
   test::InlineCalls direct({"/tmp"});
   ForkedCalls child("");
@@ -181,9 +196,9 @@ TEST(FileSystemFigures, OnlyThoseThatMayBlockAreAskedElsewhere) {
                {here, child, 4, {0, 0, ENOENT, 0}},
                {below, child, 4, {0, 0, ENOENT, ENODEV}}};
   for (const auto& c : cases) {
-    const auto answers = askFileSystems(c.files, c.calls, {questions.data(), c.count});
+    const auto answers = OsUtility::GetFileSystemInfo(c.files, c.calls, {queries.data(), c.count});
     std::vector<int> errors;
-    for (const FileSystemAnswer& answer : answers) {
+    for (const FileSystemInfo& answer : answers) {
       errors.push_back(answer.error);
       if (answer.error == 0) {
         EXPECT_EQ(answer.figures.f_blocks, answers[0].figures.f_blocks);

@@ -6,29 +6,26 @@
 #include <utility>
 
 #include "providers/CmpiProviderUtil.h"
-#include "providers/inventory/readers/OsRelease.h"
+#include "providers/inventory/Distribution.h"
 #include "runtime/Trace.h"
 
 namespace brv {
 
 CmpiOLMODDataProvider::CmpiOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
-                                             const HostFiles& files, HostIdentity identity)
-    : CmpiBaseMI(broker, context),
-      CmpiBaseProvider(broker, context),
-      m_files(files),
-      m_identity(std::move(identity)) {
+                                             InventoryHost host)
+    : CmpiBaseMI(broker, context), CmpiBaseProvider(broker, context), m_host(std::move(host)) {
   loadHostName();
 }
 
 bool CmpiOLMODDataProvider::loadHostName() const {
-  if (!m_identity.nodeName.empty()) return true;
-  BRV_TRACE(kError, "Failed to retrieve hostname: %s\n", m_identity.error.c_str());
+  if (!identity().nodeName.empty()) return true;
+  BRV_TRACE(kError, "Failed to retrieve hostname: %s\n", identity().error.c_str());
   return false;
 }
 
 // Every instance names the host.
 CmpiInstance CmpiOLMODDataProvider::create(const char* className) const {
-  if (m_identity.nodeName.empty())
+  if (identity().nodeName.empty())
     throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Failed to retrieve hostname"));
   CmpiInstance instance(CmpiObjectPath(kProviderNamespace, className));
   instance.setProperty("CreationClassName", className);
@@ -128,13 +125,23 @@ int CmpiOLMODDataProvider::getCSName(CmpiInstance& instance) const {
 }
 
 int CmpiOLMODDataProvider::getCPUArchitecture(CmpiInstance& instance) const {
-  if (!m_identity.machine.empty()) instance.setProperty("Architecture", m_identity.machine.c_str());
+  if (!identity().machine.empty()) instance.setProperty("Architecture", identity().machine.c_str());
   return 1;
 }
 
 int CmpiOLMODDataProvider::getOSBits(CmpiInstance& instance) const {
-  instance.setProperty("OSBits", CMPIUint16{osBits(m_identity.machine)});
+  instance.setProperty("OSBits", CMPIUint16{osBits(identity().machine)});
   return 1;
+}
+
+int CmpiOLMODDataProvider::getOSType(CmpiInstance& instance) {
+  instance.setProperty("OSType", CMPIUint16{osType(distribution().id, osBits(identity().machine))});
+  return 1;
+}
+
+const OsRelease& CmpiOLMODDataProvider::distribution() {
+  if (!m_distribution) m_distribution = readDistribution(files());
+  return *m_distribution;
 }
 
 int CmpiOLMODDataProvider::setCPUTime(CmpiInstance& instance, unsigned long long seconds) {

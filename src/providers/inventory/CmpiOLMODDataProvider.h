@@ -2,12 +2,15 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "cmpi/CmpiObjects.h"
 #include "providers/CmpiBaseProvider.h"
-#include "runtime/HostFiles.h"
-#include "runtime/HostIdentity.h"
+#include "providers/CmpiList.h"
+#include "providers/inventory/InventoryHost.h"
+#include "providers/inventory/readers/OsRelease.h"
 
 namespace brv {
 
@@ -26,13 +29,8 @@ class CmpiOLMODDataProvider : public CmpiBaseProvider {
   static constexpr const char* kNetworkPort = "BRV_OLMODNetworkPort";
   static constexpr const char* kOSProcess = "BRV_OLMODOSProcess";
 
-  /// Takes the host's identity as it is now.
   CmpiOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
-                        const HostFiles& files = HostFiles::process())
-      : CmpiOLMODDataProvider(broker, context, files, HostIdentity::of(files)) {}
-  /// `files` must outlive the provider.
-  CmpiOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
-                        const HostFiles& files, HostIdentity identity);
+                        InventoryHost host = InventoryHost::process());
 
  protected:
   CmpiInstance createCSInstance() const;
@@ -57,21 +55,47 @@ class CmpiOLMODDataProvider : public CmpiBaseProvider {
   int getCSName(CmpiInstance& instance) const;                   ///< Name
   int getCPUArchitecture(CmpiInstance& instance) const;          ///< Architecture
   int getOSBits(CmpiInstance& instance) const;                   ///< OSBits
+  /// FQDName; absent when no name service answers.
+  int getFQDName(CmpiInstance& instance);
+  int getOSType(CmpiInstance& instance);  ///< OSType
+  /// IPAddresses, those of interfaces that are up, IPv4 first, without loopback and what means
+  /// something on one link only; and HostNames, the name of each or an empty text.
+  int getAllActiveIPsAndHostnames(CmpiInstance& instance);
   /// CPUTime as "d-hh:mm:ss", or "hh:mm:ss" below a day.
   static int setCPUTime(CmpiInstance& instance, unsigned long long seconds);
 
+  /// Asks the broker for the instances of `baseClass`, which another provider serves, and adds one
+  /// of `className`, a class of the host model, to `list` for each. Its keys are those of the
+  /// create functions, made of the Name, DeviceID or Handle of the base instance; one without is
+  /// passed over. Of its other properties those named by `properties` are copied, all when that is
+  /// null. Any other class, and none, throws.
+  void createOLMODInstancesFromBaseInstances(const CmpiContext& context, CmpiList& list,
+                                             const char* className, const char* baseClass,
+                                             const char** properties);
+
   /// Whether the host has a name; a trace line when not.
   bool loadHostName() const;
-  const std::string& getHostname() const { return m_identity.nodeName; }
+  const std::string& getHostname() const { return m_host.identity.nodeName; }
+  /// The host's name with its domain, empty when there is no answer. The first call waits for the
+  /// name service, 3 s at most.
+  const std::string& getFQDName();
   const char* getOSName() const { return "LINUX"; }
-  const HostIdentity& identity() const { return m_identity; }
-  const HostFiles& files() const { return m_files; }
+  /// Read at the first call.
+  const OsRelease& distribution();
+  const InventoryHost& host() const { return m_host; }
+  const HostIdentity& identity() const { return m_host.identity; }
+  const HostFiles& files() const { return m_host.files; }
 
  private:
   CmpiInstance create(const char* className) const;
+  std::string askFQDName() const;
+  /// In the order in which they are reported; empty after a failure.
+  std::vector<InterfaceAddress> activeAddresses() const;
+  std::vector<std::string> askAddressNames(const std::vector<InterfaceAddress>& addresses) const;
 
-  const HostFiles& m_files;
-  HostIdentity m_identity;
+  const InventoryHost m_host;
+  std::optional<std::string> m_fqdName;
+  std::optional<OsRelease> m_distribution;
 };
 
 }  // namespace brv

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/readers/MountTable.h"
 
+#include <algorithm>
 #include <array>
 
 namespace brv {
@@ -21,14 +22,20 @@ int escapedByte(std::string_view text) {
   return byte > 0 && byte <= 0xFF ? byte : -1;
 }
 
-// Appends the text with its end to `out`, which moves on behind it.
-const char* store(std::string_view text, char*& out) {
-  const char* begin = out;
+// Writes the text without escapes to `out`, which has room for all of it; gives the place behind.
+char* unescape(std::string_view text, char* out) {
   while (!text.empty()) {
     const int byte = escapedByte(text);
     *out++ = byte < 0 ? text.front() : static_cast<char>(byte);
     text.remove_prefix(byte < 0 ? 1 : 4);
   }
+  return out;
+}
+
+// Appends the text with its end to `out`, which moves on behind it.
+const char* store(std::string_view text, char*& out) {
+  const char* begin = out;
+  out = unescape(text, out);
   *out++ = '\0';
   return begin;
 }
@@ -56,9 +63,18 @@ MountTable readMountTable(std::string_view text, OddLines& odd) {
     }
     const char* device = store(noDevice ? std::string_view() : field[0], out);
     const char* place = store(field[mountPoint], out);
-    table.mounts.push_back({device, place, store(field[mountPoint + 1], out)});
+    const char* type = store(field[mountPoint + 1], out);
+    const std::string_view options = field[mountPoint + 2];
+    table.mounts.push_back({device, place, type, {out, options.size()}});
+    out = std::copy(options.begin(), options.end(), out);
   }
   return table;
+}
+
+std::string unescapedMountField(std::string_view field) {
+  std::string text(field.size(), '\0');
+  text.resize(static_cast<std::size_t>(unescape(field, text.data()) - text.data()));
+  return text;
 }
 
 }  // namespace brv

@@ -6,7 +6,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
+#include "../CapturedTrace.h"
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_ProviderManager.h"
 #include "support/RunProgram.h"
@@ -21,11 +23,20 @@ class Maker : public CmpiOLMODDataProvider {
 
   Maker(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context),
-        CmpiOLMODDataProvider(broker, context, HostFiles::process(), s_identity) {}
-  CmpiStatus enumInstances(const CmpiContext&, CmpiResult& result, const CmpiObjectPath&,
+        CmpiOLMODDataProvider(broker, context,
+                              {HostFiles::process(), CommandRunner::process(),
+                               BoundedCalls::process(), nullptr, nullptr, s_identity}) {}
+  CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath&,
                            const char**) override {
+    m_context = &context;
     result.returnData(s_make(*this));
     return CmpiStatus(CMPI_RC_OK);
+  }
+  // Of Acme_Part, below.
+  CmpiList build(const char* className, const char** properties) {
+    CmpiList list;
+    createOLMODInstancesFromBaseInstances(*m_context, list, className, "Acme_Part", properties);
+    return list;
   }
 
   using CmpiOLMODDataProvider::createCSInstance;
@@ -44,14 +55,44 @@ class Maker : public CmpiOLMODDataProvider {
 
   static inline HostIdentity s_identity;
   static inline Make s_make;
+
+ private:
+  const CmpiContext* m_context = nullptr;
+};
+
+// Serves parts that others build upon: one, and one without keys.
+class Parts : public CmpiInstanceMI {
+ public:
+  Parts(const CmpiBroker& broker, const CmpiContext& context)
+      : CmpiBaseMI(broker, context), CmpiInstanceMI(broker, context) {}
+  CmpiStatus enumInstances(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& path,
+                           const char**) override {
+    CmpiInstance part(path);
+    for (const auto& [name, value] : {std::pair("SystemName", "elsewhere"),
+                                      {"Name", "/pumps"},
+                                      {"deviceid", "7"},
+                                      {"Handle", "42"},
+                                      {"Label", "Acme"}})
+      part.setProperty(name, value);
+    part.setProperty("Speed", CMPIUint32{3000});
+    result.returnData(part);
+    CmpiInstance other(path);
+    other.setProperty("Handle", "-1");
+    other.setProperty("Name", CmpiData(CMPIData{CMPI_string, CMPI_nullValue, {}}));
+    result.returnData(other);
+    return CmpiStatus(CMPI_RC_OK);
+  }
 };
 
 // "name=value" of every property of the instance, or "!" and the error.
 std::string made(const Maker::Make& make) {
   static constexpr const char* kClasses[] = {"C", nullptr};
+  static constexpr const char* kParts[] = {"Acme_Part", nullptr};
   static constexpr CmpiBroker_ProviderInfo kTable[] = {
       {kClasses, "root/cimv2", "P", "none", CmpiBroker_ProviderInfo::kInstanceProvider,
        CmpiBinding::createMI<Maker, CmpiInstanceMI>, nullptr, nullptr},
+      {kParts, "root/cimv2", "Q", "none", CmpiBroker_ProviderInfo::kInstanceProvider,
+       CmpiBinding::createMI<Parts, CmpiInstanceMI>, nullptr, nullptr},
       {}};
   Maker::s_make = make;
   CmpiBroker_ProviderManager manager(kTable);
@@ -135,6 +176,35 @@ TEST_F(OLMODBase, SettersOfCommonProperties) {
   Maker::s_identity.machine = "armv7l";
   EXPECT_EQ(set(machine), "Architecture=armv7l OSBits=32 ");
   EXPECT_EQ(set([](Maker& m, CmpiInstance& i) { m.getKTLGOSName(i); }), "KTLGName=LINUX_X86_64 ");
+}
+
+TEST_F(OLMODBase, OfBaseInstancesTheKeysAreOurs) {
+  const char* few[] = {"speed", "Absent", "SystemName", "Name", nullptr};
+  const char* none[] = {nullptr};
+  const auto built = [](const char* className, const char** properties) {
+    return made([=](Maker& m) {
+      const CmpiList list = m.build(className, properties);
+      EXPECT_EQ(list.size(), 1U);  // the other has no key
+      return list[0];
+    });
+  };
+  const std::string device =
+      " SystemCreationClassName=BRV_OLMODComputerSystem SystemName=pump1 DeviceID=7 ";
+  test::CapturedTrace trace(trace::kError);
+  EXPECT_EQ(built("BRV_OLMODProcessor", few),
+            "CreationClassName=BRV_OLMODProcessor" + device + "Name=/pumps Speed=3000 ");
+  EXPECT_EQ(built("brv_olmodnetworkport", nullptr),
+            "CreationClassName=BRV_OLMODNetworkPort" + device +
+                "Name=/pumps Handle=42 Label=Acme Speed=3000 ");
+  EXPECT_EQ(built("BRV_OLMODFileSystem", none),
+            made([](Maker& m) { return m.createFSInstance("/pumps"); }));
+  EXPECT_EQ(built("BRV_OLMODOSProcess", none),
+            made([](Maker& m) { return m.createOSProcInstance(42); }));
+  EXPECT_EQ(trace.take(), "");  // what a part lacks is no error of the broker
+  EXPECT_EQ(built("Acme_Part", none), "!Invalid class.");
+  EXPECT_EQ(built(nullptr, none), "!Invalid parameter.");
+  Maker::s_identity.nodeName.clear();
+  EXPECT_EQ(built("BRV_OLMODProcessor", none), "!Failed to retrieve hostname");
 }
 
 TEST(HostIdentity, ARootOfItsOwnNamesItsHost) {

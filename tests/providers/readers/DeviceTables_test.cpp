@@ -5,6 +5,7 @@
 #include <string>
 
 #include "providers/readers/DiskStats.h"
+#include "providers/readers/MountInfo.h"
 #include "providers/readers/MountTable.h"
 #include "providers/readers/NetDev.h"
 
@@ -63,23 +64,26 @@ TEST(MountTable, FieldsAndEscapes) {
   const struct {
     std::string_view line;
     std::array<std::string, 3> fields;
+    std::string_view options = "";
   } kCases[] = {{"a\tb\tc\r", {"a", "b", "c"}},
-                {"  /dev/sda1 / ext4 rw 0 0", {"/dev/sda1", "/", "ext4"}},
-                {" /mnt tmpfs rw 0 0", {"", "/mnt", "tmpfs"}},
-                {R"(a\040b /x\011y\012z\134 nfs rw 0 0)", {"a b", "/x\ty\nz\\", "nfs"}},
+                {"  /dev/sda1 / ext4 rw 0 0", {"/dev/sda1", "/", "ext4"}, "rw"},
+                {" /mnt tmpfs rw 0 0", {"", "/mnt", "tmpfs"}, "rw"},
+                {R"(a\040b /x\011y\012z\134 nfs rw 0 0)", {"a b", "/x\ty\nz\\", "nfs"}, "rw"},
+                {R"(a /b cifs user=x\054y,\040z)", {"a", "/b", "cifs"}, R"(user=x\054y,\040z)"},
                 {R"(\043x /\303\251 t)", {"#x", "/\303\251", "t"}},
                 {R"(x /\000\400\09\9 t)", {"x", R"(/\000\400\09\9)", "t"}},
                 {R"(x /\ t\04)", {"x", "/\\", "t\\04"}},
                 // The tightest line: the storage is as large as the text and one byte.
                 {"a b c", {"a", "b", "c"}}};
   std::string all;
-  for (const auto& [line, fields] : kCases) {
+  for (const auto& [line, fields, options] : kCases) {
     SCOPED_TRACE(line);
     OddLines odd;
     const MountTable table = readMountTable(line, odd);
     ASSERT_EQ(table.mounts.size(), 1U);
     const MountTable::Mount& mount = table.mounts[0];
     EXPECT_EQ((std::array<std::string, 3>{mount.device, mount.mountPoint, mount.type}), fields);
+    EXPECT_EQ(mount.options, options);
     EXPECT_TRUE(odd.empty());
     all.append(line).append("\n");
   }
@@ -87,6 +91,19 @@ TEST(MountTable, FieldsAndEscapes) {
   EXPECT_EQ(readMountTable(all + "# comment\n  \n/dev/sda1 /\n\x01\x02", odd).mounts.size(),
             std::size(kCases));
   EXPECT_EQ(odd, (OddLines{std::size(kCases) + 3, std::size(kCases) + 4}));
+}
+
+TEST(MountInfo, NumbersOfDevices) {
+  OddLines odd;
+  std::string found;
+  for (const MountInfo& mount : readMountInfo("36 35 98:0 /in /out rw master:1 - ext4 /dev/a rw\n\n"
+                                              "37 36 0:1048575 / /a\\040b rw - nfs s:/x rw\n"
+                                              "38 36 8:x / /c rw\n39 36 8 / /d rw\n40 36 8:1 /\n"
+                                              "1 1 8:1 / /last",
+                                              odd))
+    found.append(mount.device).append(" ").append(mount.mountPoint).append("\n");
+  EXPECT_EQ(found, "98:0 /out\n0:1048575 /a b\n8:1 /last\n");
+  EXPECT_EQ(odd, (OddLines{4, 5, 6}));
 }
 
 }  // namespace

@@ -322,6 +322,7 @@ std::vector<Cpu> readCpuInfo(std::string_view text, CpuPlatform platform, OddLin
     const bool same = !cpus.empty() && raw.field[kFlags] == flagsText;
     cpu.flags = same ? cpus.back().flags : selectFlags(raw.field[kFlags], how.flags);
     flagsText = raw.field[kFlags];
+    cpu.tellsFlags = !flagsText.empty();
     cpus.push_back(std::move(cpu));
   }
   return cpus;

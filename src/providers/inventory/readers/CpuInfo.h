@@ -31,6 +31,7 @@ struct Cpu {
   std::optional<std::uint32_t> currentMhz;   ///< rounded; 0, printed for "not known", is absent
   std::optional<std::uint32_t> maxMhz;       ///< likewise; the x86 one is what the model name says
   std::vector<std::string_view> flags;       ///< the few worth reporting, in a fixed order
+  bool tellsFlags = false;                   ///< the file does, so one that is missing is not there
 
   bool hasFlag(std::string_view flag) const;
 };

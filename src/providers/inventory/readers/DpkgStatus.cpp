@@ -19,11 +19,12 @@ enum Field : std::size_t {
   kDescription,
   kSource,
   kSection,
+  kMultiArch,
   kFields
 };
 constexpr std::array<std::string_view, kFields> kNames = {
     "Package",    "Status",      "Version", "Architecture", "Installed-Size",
-    "Maintainer", "Description", "Source",  "Section"};
+    "Maintainer", "Description", "Source",  "Section",      "Multi-Arch"};
 
 bool isInstalled(std::string_view status) {
   FieldScanner words(status);
@@ -51,6 +52,7 @@ bool DpkgStatus::next(InstalledPackage& package) {
   package.sourcePackage = FieldScanner(values[kSource]).word();
   if (package.sourcePackage.empty()) package.sourcePackage = package.name;
   package.group = values[kSection];
+  package.coInstallable = values[kMultiArch] == "same";
   return true;
 }
 

@@ -24,6 +24,8 @@ struct InstalledPackage {
   std::string_view sourcePackage;
   std::string_view license;
   std::string_view group;
+  /// Of dpkg: may be installed for several architectures side by side.
+  bool coInstallable = false;
 };
 
 }  // namespace brv

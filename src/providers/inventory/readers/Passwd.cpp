@@ -10,7 +10,7 @@ namespace brv {
 namespace {
 
 // Only a number with a colon behind it is whole: the text may have been cut anywhere.
-bool readLine(std::string_view line, UserNames& names) {
+bool readLine(std::string_view line, PasswdNames& names) {
   const std::size_t name = line.find(':');
   if (name == std::string_view::npos || name == 0) return false;
   const std::size_t password = line.find(':', name + 1);
@@ -25,8 +25,8 @@ bool readLine(std::string_view line, UserNames& names) {
 
 }  // namespace
 
-UserNames readPasswd(std::string_view text, OddLines& odd) {
-  UserNames names;
+PasswdNames readPasswd(std::string_view text, OddLines& odd) {
+  PasswdNames names;
   for (LineScanner lines(text); lines.next();) {
     const std::string_view line = trimmed(lines.line());
     if (line.empty() || line[0] == '#' || line[0] == '+' || line[0] == '-') continue;

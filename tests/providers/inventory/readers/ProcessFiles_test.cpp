@@ -109,7 +109,7 @@ TEST(CmdLine, BlanksAndNames) {
 
 TEST(Passwd, FirstNameOfANumber) {
   OddLines odd;
-  const UserNames names = readPasswd(
+  const PasswdNames names = readPasswd(
       "root:x:0:0:root:/root:/bin/sh\r\ntoor:x:0:0::/:\n# note\n\n+@staff::::::\nada:x:1001:7:::\n"
       "x:x:4294967296:1::\n:x:5:5::\nb:x:-1:1::\nc:x\nd:x:1x:1\n\0\xff\ne:x::1\nlast:x:100"sv,
       odd);

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "providers/inventory/CmpiOLMODDataProvider.h"
+#include "runtime/Trace.h"
+
+namespace brv {
+
+/// The inventory of a Linux host, read when asked and handed on instance by instance. Registered as
+/// BRV_OLMODDataProvider.
+///
+/// What is missing costs its own properties and a trace at level 2. An enumeration fails only when
+/// what it walks along cannot be opened: /proc/cpuinfo, the mount table, /sys/class/net, /proc.
+class CmpiOLMODDataProviderLinux : public CmpiOLMODDataProvider {
+ public:
+  static constexpr const char* kProviderName = "BRV_OLMODDataProvider";
+  static constexpr const char* kGpfsFileSystem = "BRV_OLMODGPFSFileSystem";
+  static constexpr const char* kSoftwarePackage = "BRV_OLMODSoftwarePackage";
+  static constexpr const char* kSoftwarePatch = "BRV_OLMODSoftwarePatch";
+
+  CmpiOLMODDataProviderLinux(const CmpiBroker& broker, const CmpiContext& context,
+                             InventoryHost host = InventoryHost::process());
+
+  /// A class other than the nine and that of capabilities answers code 7.
+  CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
+                           const CmpiObjectPath& path, const char** properties) override;
+
+ private:
+  // One unit each.
+  void enumComputerSystem(CmpiResult& result);
+  void enumOperatingSystem(CmpiResult& result);
+  void enumProcessors(CmpiResult& result);
+  void enumFileSystems(CmpiResult& result);
+  void enumGpfsFileSystems(CmpiResult& result);
+  void enumNetworkPorts(CmpiResult& result);
+  void enumSoftwarePackages(CmpiResult& result);
+  void enumSoftwarePatches(CmpiResult& result);
+  void enumOSProcesses(CmpiResult& result);
+
+  /// Ends the enumeration: `path` is what it walks along.
+  [[noreturn]] static void failToOpen(const char* path, int error,
+                                      const trace::Place& place = trace::Place::current());
+};
+
+}  // namespace brv

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "providers/inventory/readers/Uuid.h"
+
+#include <algorithm>
+
+#include "providers/inventory/readers/FieldText.h"
+
+namespace brv {
+
+namespace {
+
+bool isHexadecimalDigit(char c) {
+  return (c >= '0' && c <= '9') || (lowerCase(c) >= 'a' && lowerCase(c) <= 'f');
+}
+
+}  // namespace
+
+bool isHexadecimal(std::string_view text, std::size_t digits) {
+  return text.size() == digits && std::all_of(text.begin(), text.end(), isHexadecimalDigit);
+}
+
+std::optional<std::string> readUuid(std::string_view text) {
+  constexpr std::string_view kForm = "dddddddd-dddd-dddd-dddd-dddddddddddd";
+  const bool formed =
+      std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(),
+                 [](char c, char form) { return form == 'd' ? isHexadecimalDigit(c) : c == form; });
+  if (!formed) return std::nullopt;
+  std::string uuid(text);
+  std::transform(uuid.begin(), uuid.end(), uuid.begin(), lowerCase);
+  for (const char* none : {"0-", "f-"})
+    if (uuid.find_first_not_of(none) == std::string::npos) return std::nullopt;
+  return uuid;
+}
+
+}  // namespace brv

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace brv::test {
+
+/// Of a listing of RecordedHost the values of some properties: a line per instance, "|" behind each
+/// value, "-" for a NULL and "?" for a property that is not there. No names: all values, in their
+/// own order.
+inline std::string columns(const std::string& listing, const std::vector<std::string>& names = {}) {
+  if (listing.starts_with("! ")) return listing;
+  std::istringstream lines(listing);
+  std::string out;
+  std::vector<std::string> values(names.size(), "?");
+  for (std::string line; std::getline(lines, line);) {
+    const std::string name = line.substr(0, line.find_first_of(": "));
+    const bool null = line == name + " -";
+    const std::string value = null || line.empty() ? "-" : line.substr(name.size() + 2);
+    if (names.empty() && !line.empty()) values.push_back(value);
+    for (std::size_t i = 0; i < names.size() && !line.empty(); ++i)
+      if (names[i] == name) values[i] = value;
+    if (!line.empty()) continue;
+    for (const std::string& cell : values) out += cell + '|';
+    out += '\n';
+    values.assign(names.size(), "?");
+  }
+  return out;
+}
+
+}  // namespace brv::test
