@@ -92,8 +92,8 @@ tidy: clang ## static analysis of src/ by the checks in .clang-tidy
 	  { grep -vE '^clang-tidy-14 |^$$|[0-9]+ warnings? generated|^Suppressed |^Use -' || true; }
 
 golden: ## build what is shipped with the tests, run those that start the program or children
-	@$(call build,release-tests,$(TEST_PACKAGES),cli_tests runtime_tests)
-	@ctest --test-dir build/release-tests --output-on-failure --no-tests=error -j $$(nproc) -R '^(cli|runtime)\.'
+	@$(call build,release-tests,$(TEST_PACKAGES),cli_tests inventory_tests runtime_tests)
+	@ctest --test-dir build/release-tests --output-on-failure --no-tests=error -j $$(nproc) -R '^(cli|inventory|runtime)\.'
 
 memcheck: release ## valgrind over one run of every operation of what is shipped
 	@$(call need,valgrind)

@@ -29,6 +29,7 @@ constexpr CMPIInstanceFT kInstanceTable = {
 
 }  // namespace
 
-CmpiBroker_Instance::CmpiBroker_Instance() : CMPIInstance{this, &kInstanceTable} {}
+CmpiBroker_Instance::CmpiBroker_Instance()
+    : CmpiBroker_Object(true), CMPIInstance{this, &kInstanceTable} {}
 
 }  // namespace brv

@@ -91,12 +91,13 @@ CmpiBroker_Value& CmpiBroker_Object::propertyToSet(std::string_view name,
   CmpiBroker_NameSequence& sequence = context.nameSequence();
   if (!m_properties) {
     m_properties = std::make_shared<Properties>();
-    m_properties->reserve(std::max(kFirstCapacity, sequence.names.size()));
-    m_generation = sequence.generation;
+    m_properties->reserve(m_alike ? std::max(kFirstCapacity, sequence.names.size())
+                                  : kFirstCapacity);
   } else if (m_properties.use_count() > 1) {
     m_properties = std::make_shared<Properties>(*m_properties);
   }
   const std::size_t count = m_properties->size();
+  if (count == 0) m_generation = m_alike ? sequence.generation : kOwnOrder;
   const bool follows = m_generation == sequence.generation && qualifiers == CmpiBroker_Value::kNone;
   if (follows && count < sequence.names.size() && sequence.names[count].view() == name)
     return m_properties->emplace_back(sequence.names[count], qualifiers);

@@ -50,7 +50,9 @@ class CmpiBroker_Object : public CmpiBroker_Registered {
   std::shared_ptr<Properties> snapshot();
 
  protected:
-  CmpiBroker_Object() = default;
+  /// `alike`: objects of this kind mostly have the same properties in the same order, one after the
+  /// other.
+  explicit CmpiBroker_Object(bool alike = false) : m_alike(alike) {}
 
  private:
   /// Where the properties of a large object are, by name in lower case and qualifiers.
@@ -64,6 +66,7 @@ class CmpiBroker_Object : public CmpiBroker_Registered {
   // While this is the generation of the context's name sequence, the properties so far have its
   // first names in its order.
   std::uint32_t m_generation = 0;
+  const bool m_alike;
   mutable std::unique_ptr<Places> m_places;  // null: none was needed yet
 };
 

@@ -152,6 +152,7 @@ RecordedHost::RecordedHost(std::string_view text) {
       for (const std::string& entry : body) setIdentity(m_identity, entry);
     }
   }
+  m_folder.write("etc/hostname", m_identity.nodeName + '\n');
   m_files = std::make_unique<HostFiles>(root());
   m_commands = std::make_unique<RecordedCommands>(std::move(commands));
   m_calls = std::make_unique<InlineCalls>(std::move(silent));
@@ -190,14 +191,16 @@ List<CIMObject> RecordedHost::objects(const std::string& className) const {
 }
 
 std::string RecordedHost::list(const std::string& className) const {
-  List<CIMObject> reported;
   try {
-    reported = objects(className);
+    return text(objects(className));
   } catch (const CmpiBroker_Exception& exception) {
     return std::string("! ") + exception.what();
   }
+}
+
+std::string RecordedHost::text(const List<CIMObject>& objects) {
   std::string out;
-  for (const CIMObject& object : reported) {
+  for (const CIMObject& object : objects) {
     for (const CIMObject::Entry& entry : object.properties()) {
       out += entry.name.view();
       if (entry.value.isNull())

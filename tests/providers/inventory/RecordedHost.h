@@ -30,8 +30,8 @@ namespace brv::test {
 ///     == names                      lines "canonical|address|user ASKED ANSWER"
 ///     == silent                     lines: names of items of bounded calls that never answer
 ///
-/// Lines before the first section are comment. Without "addresses" or "drivers" the host has no
-/// HostNetwork, without "names" no NameService.
+/// Lines before the first section are comment. The node name is in /etc/hostname too. Without
+/// "addresses" or "drivers" the host has no HostNetwork, without "names" no NameService.
 class RecordedHost {
  public:
   explicit RecordedHost(std::string_view text);
@@ -48,9 +48,10 @@ class RecordedHost {
   /// What BRV_OLMODDataProvider reports for a class, through the broker. Throws the broker's
   /// exceptions.
   List<CIMObject> objects(const std::string& className) const;
-  /// The same as lines "Name: value", or
-  /// "Name -" for a NULL, an empty line behind each instance; "! message" for a failure.
+  /// The same as text; "! message" for a failure.
   std::string list(const std::string& className) const;
+  /// Lines "Name: value", or "Name -" for a NULL, an empty line behind each instance.
+  static std::string text(const List<CIMObject>& objects);
 
  private:
   class Network;
