@@ -12,6 +12,30 @@
 
 namespace brv {
 
+namespace {
+
+// Below another root the table tells what the host has mounted, but all ways lead through what the
+// reader has mounted there, which may be something else that is dead by now. Which way leads
+// through what is not to be told from names: there may be links.
+bool readerMayBlock(const HostFiles& files) {
+  if (!files.hasOwnRoot()) return false;
+  const HostFiles own;
+  const std::string link = "/proc/self/fd/" + std::to_string(files.rootDescriptor());
+  std::string root;
+  FileBuffer buffer;
+  if (own.readLink(link.c_str(), root) != 0 || own.read("/proc/self/mounts", buffer) != 0)
+    return true;
+  if (!root.ends_with('/')) root += '/';
+  OddLines odd;
+  const MountTable table = readMountTable(buffer.view(), odd);
+  for (const MountTable::Mount& mount : table.mounts)
+    if (std::string_view(mount.mountPoint).starts_with(root) && !MountJudge::isPlain(mount.type))
+      return true;
+  return false;
+}
+
+}  // namespace
+
 std::optional<std::uint64_t> bytesOf(std::uint64_t blocks, const struct statvfs& figures) {
   std::uint64_t bytes = 0;
   if (__builtin_mul_overflow(blocks, std::uint64_t{figures.f_frsize}, &bytes)) return std::nullopt;
@@ -59,9 +83,9 @@ std::vector<const ActiveMounts::Mount*> ActiveMounts::select(const SkipFunction&
 // Numbers are wanted to know a file system again: in other processes that wait for it, or below a
 // root where the reader may have another one in its place. A host with neither pays for no file.
 void ActiveMounts::findDevices(std::span<FileSystemQuery> queries) const {
-  std::unordered_map<std::string_view, std::string*> wanted;
+  std::unordered_map<std::string_view, FileSystemQuery*> wanted;
   for (FileSystemQuery& query : queries)
-    if (query.mayBlock || m_files.hasOwnRoot()) wanted.emplace(query.mountPoint, &query.device);
+    if (query.mayBlock || m_files.hasOwnRoot()) wanted.emplace(query.mountPoint, &query);
   if (wanted.empty()) return;
   const char* const path = m_files.hasOwnRoot() ? "/proc/1/mountinfo" : "/proc/self/mountinfo";
   FileBuffer buffer;
@@ -72,17 +96,21 @@ void ActiveMounts::findDevices(std::span<FileSystemQuery> queries) const {
   OddLines odd;
   for (const MountInfo& info : readMountInfo(buffer.view(), odd))
     if (const auto found = wanted.find(info.mountPoint); found != wanted.end())
-      found->second->assign(info.device);
+      found->second->device.assign(info.device);
+  // Without a number whatever the reader has in that place would pass for it.
+  if (m_files.hasOwnRoot())
+    for (FileSystemQuery& query : queries) query.unlisted = query.device.empty();
   traceOddLines(path, odd);
 }
 
 std::vector<FileSystemInfo> ActiveMounts::ask(BoundedCalls& calls,
                                               std::span<const Mount* const> mounts) const {
   MountJudge judge(m_top);
+  const bool allMayBlock = readerMayBlock(m_files);
   std::vector<FileSystemQuery> queries;
   queries.reserve(mounts.size());
   for (const Mount* mount : mounts)
-    queries.push_back({mount->mountPoint, {}, judge.mayBlock(*mount)});
+    queries.push_back({mount->mountPoint, {}, allMayBlock || judge.mayBlock(*mount)});
   findDevices(queries);
   return OsUtility::GetFileSystemInfo(m_files, calls, queries);
 }

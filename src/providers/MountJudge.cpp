@@ -21,10 +21,6 @@ constexpr std::string_view kPlainTypes[] = {
 };
 static_assert(std::is_sorted(std::begin(kPlainTypes), std::end(kPlainTypes)));
 
-bool isPlain(std::string_view type) {
-  return std::binary_search(std::begin(kPlainTypes), std::end(kPlainTypes), type);
-}
-
 // A path that was relative to the folder of whoever mounted, or that could not be looked up at
 // all, tells nothing.
 bool isUsable(std::string_view path) {
@@ -32,6 +28,10 @@ bool isUsable(std::string_view path) {
 }
 
 }  // namespace
+
+bool MountJudge::isPlain(std::string_view type) {
+  return std::binary_search(std::begin(kPlainTypes), std::end(kPlainTypes), type);
+}
 
 const MountTable::Mount* MountJudge::holder(std::string_view path, bool inclusive) const {
   if (!isUsable(path)) return nullptr;

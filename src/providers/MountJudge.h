@@ -19,6 +19,9 @@ class MountJudge {
 
   explicit MountJudge(const Mounts& mounts) : m_mounts(mounts) {}
 
+  /// Whether only the kernel stands behind file systems of a type. Not so for overlay, which
+  /// depends on its layers.
+  static bool isPlain(std::string_view type);
   /// Of a mount in force.
   bool mayBlock(const Mount& mount);
 

@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,6 +35,9 @@ constexpr std::size_t kFirstThreads = 4;
 // after 16 ms, quick ones are through before many threads were made for them.
 constexpr long kGrowthNanoseconds = 2'000'000;
 constexpr long kLockPauseNanoseconds = 1'000'000;
+// What locks leave of the descriptors that this process may have, for the pipe to the child and
+// whatever its function opens; half of them where there are few.
+constexpr rlim_t kSpareDescriptors = 32;
 
 // What stands before an answer in the pipe.
 struct AnswerHead {
@@ -54,6 +58,9 @@ class ItemLocks {
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
       BRV_TRACE_ERRNO(kDetail, errno, "Failed to make %s", folder.c_str());
     m_folder = Descriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    m_end = descriptors.rlim_cur - std::min(descriptors.rlim_cur / 2, kSpareDescriptors);
   }
 
   struct Lock {
@@ -78,7 +85,7 @@ class ItemLocks {
       const std::string path = "probe-" + std::string(name);
       Descriptor file(::openat(m_folder.get(), path.c_str(),
                                O_RDONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
-      if (file.get() < 0) return true;
+      if (file.get() < 0 || static_cast<rlim_t>(file.get()) >= m_end) return true;
       const int error = acquire(file.get());
       if (error == 0) {
         lock = &m_held.emplace_back();
@@ -123,6 +130,7 @@ class ItemLocks {
   const std::chrono::milliseconds m_limit;
   const Clock::time_point m_deadline;
   Descriptor m_folder;
+  rlim_t m_end = 0;  // the first descriptor that is not for locks
   std::unordered_map<std::string_view, Lock*> m_known;  // null: another process's
   std::deque<Lock> m_held;                              // which has its elements stay in place
 };
@@ -170,6 +178,15 @@ void* workThread(void* argument) {
     if (++work.done == count) ::_exit(0);
   }
   return nullptr;
+}
+
+// Items that are under way together may each have files or sockets open: as many as the system
+// grants, not as many as the program is content with.
+void allowDescriptors() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 // A thread for every item that no other thread gets to.
@@ -255,6 +272,7 @@ int askInChild(const std::vector<AskedItem>& items, const BoundedCalls::Function
   if (id < 0) return errno;
   if (id == 0) {
     ChildProcess::detach(std::move(kept));
+    allowDescriptors();
     Work work{function, items, pipe.writer.get()};
     workOnAll(work);
   }

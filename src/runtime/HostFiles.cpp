@@ -7,6 +7,7 @@
 #include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -53,12 +55,15 @@ int readLinkAt(int folder, const char* name, std::string& target) {
 
 }  // namespace
 
-void FileBuffer::reserve(std::size_t capacity) {
-  if (capacity <= m_capacity) return;
-  auto data = std::make_unique_for_overwrite<char[]>(capacity);
+// A file that is too large for the memory left costs only itself.
+bool FileBuffer::reserve(std::size_t capacity) {
+  if (capacity <= m_capacity) return true;
+  std::unique_ptr<char[]> data(new (std::nothrow) char[capacity]);
+  if (data == nullptr) return false;
   if (m_size > 0) std::memcpy(data.get(), m_data.get(), m_size);
   m_data = std::move(data);
   m_capacity = capacity;
+  return true;
 }
 
 HostFiles::HostFiles(const std::string& root)
@@ -160,8 +165,9 @@ int HostFiles::readOpen(Descriptor file, FileBuffer& content) {
   if (::fstat(file.get(), &status) != 0) return errno;
   if (!S_ISREG(status.st_mode)) return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
   // Kernel files have no size; that of others says how much one read can bring.
-  content.reserve(
-      std::clamp(static_cast<std::size_t>(status.st_size) + 1, kFirstCapacity, kLargestGuess));
+  const std::size_t guess =
+      std::clamp(static_cast<std::size_t>(status.st_size) + 1, kFirstCapacity, kLargestGuess);
+  if (!content.reserve(guess)) return ENOMEM;
   const int error = content.fill(file.get());
   if (error != 0) content.m_size = 0;
   return error;
@@ -170,7 +176,7 @@ int HostFiles::readOpen(Descriptor file, FileBuffer& content) {
 int FileBuffer::fill(int file) {
   for (;;) {
     if (m_size > kLargestFile) return EFBIG;
-    if (m_size == m_capacity) reserve(2 * m_capacity);
+    if (m_size == m_capacity && !reserve(2 * m_capacity)) return ENOMEM;
     const ssize_t got = ::read(file, m_data.get() + m_size, m_capacity - m_size);
     if (got == 0) return 0;
     if (got > 0)
@@ -203,14 +209,16 @@ std::unique_ptr<HostFolder> HostFiles::openFolder(const char* path, int& error) 
   return std::unique_ptr<HostFolder>(new HostFolder(*this, path, std::move(folder)));
 }
 
-int HostFiles::fileSystem(const char* path, struct statvfs& result, dev_t* device) const {
-  if (!m_ownRoot && device == nullptr) return ::statvfs(path, &result) == 0 ? 0 : errno;
+int HostFiles::fileSystem(const char* path, struct statvfs& result, FileSystemId* id) const {
+  if (!m_ownRoot && id == nullptr) return ::statvfs(path, &result) == 0 ? 0 : errno;
   const Descriptor place(open(path, O_PATH | O_CLOEXEC));
   if (place.get() < 0 || ::fstatvfs(place.get(), &result) != 0) return errno;
-  if (device == nullptr) return 0;
-  struct stat status {};
-  if (::fstat(place.get(), &status) != 0) return errno;
-  *device = status.st_dev;
+  if (id == nullptr) return 0;
+  struct statx status {};
+  if (::statx(place.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &status) != 0) return errno;
+  id->device = makedev(status.stx_dev_major, status.stx_dev_minor);
+  // Before Linux 5.8 it does not say.
+  id->mount = (status.stx_mask & STATX_MNT_ID) != 0 ? status.stx_mnt_id : 0;
   return 0;
 }
 
@@ -234,16 +242,22 @@ int HostFolder::readLink(const char* name, std::string& target) const {
   return m_files.readLink((m_path + '/' + name).c_str(), target);
 }
 
+// Names come out of files as well, and a path would lead anywhere.
+int HostFolder::status(const char* name, struct stat& status) const {
+  if (std::strchr(name, '/') != nullptr) return EINVAL;
+  return ::fstatat(m_folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+}
+
 bool HostFolder::exists(const char* name) const {
-  struct stat status {};
-  return ::fstatat(m_folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  struct stat found {};
+  return status(name, found) == 0;
 }
 
 int HostFolder::modified(const char* name, std::int64_t& seconds) const {
-  struct stat status {};
-  if (::fstatat(m_folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-  seconds = status.st_mtim.tv_sec;
-  return 0;
+  struct stat found {};
+  const int error = status(name, found);
+  if (error == 0) seconds = found.st_mtim.tv_sec;
+  return error;
 }
 
 int HostFolder::list(const std::function<void(const char* name)>& onName) const {

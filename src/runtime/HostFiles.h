@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/types.h>
 
@@ -25,7 +26,8 @@ class FileBuffer {
 
  private:
   friend class HostFiles;
-  void reserve(std::size_t capacity);
+  /// False when there is no memory for so much.
+  bool reserve(std::size_t capacity);
   /// All of `file` from its place on. 0 or an errno value.
   int fill(int file);
 
@@ -68,8 +70,13 @@ class HostFiles {
   /// Opens a folder for what is asked of it; a null pointer with `error` set when that fails.
   std::unique_ptr<HostFolder> openFolder(const char* path, int& error) const;
 
-  /// The file system that holds `path`, and on request its device number. 0 or an errno value.
-  int fileSystem(const char* path, struct statvfs& result, dev_t* device = nullptr) const;
+  /// How the kernel of this process tells file systems apart.
+  struct FileSystemId {
+    dev_t device = 0;         ///< of the files; btrfs has one for each subvolume
+    std::uint64_t mount = 0;  ///< the first number of a line of mountinfo; 0: unknown
+  };
+  /// The file system that holds `path`, and on request which one it is. 0 or an errno value.
+  int fileSystem(const char* path, struct statvfs& result, FileSystemId* id = nullptr) const;
 
   /// The mount table, best first. Below another root the plain names of /proc follow the reader's
   /// own name spaces, so those of process 1 come first.
@@ -100,10 +107,11 @@ class HostFolder {
   /// As HostFiles::read().
   int read(const char* name, FileBuffer& content) const;
   int readLink(const char* name, std::string& target) const;
-  /// Whether there is something of that name, without slash, be it a link that leads nowhere.
+  /// Whether there is something of that name, be it a link that leads nowhere; of a name with a
+  /// slash never.
   bool exists(const char* name) const;
-  /// When the content of `name`, without slash, was changed last, in seconds since the epoch. 0 or
-  /// an errno value; of a link it is the link's own.
+  /// When the content of `name` was changed last, in seconds since the epoch; of a link it is the
+  /// link's own. 0 or an errno value, EINVAL for a name with a slash.
   int modified(const char* name, std::int64_t& seconds) const;
   /// Calls `onName` with every name but "." and "..", in no order. 0 or an errno value.
   int list(const std::function<void(const char* name)>& onName) const;
@@ -115,6 +123,7 @@ class HostFolder {
   HostFolder(const HostFiles& files, std::string path, Descriptor folder)
       : m_files(files), m_path(std::move(path)), m_folder(std::move(folder)) {}
   int open(const char* name, int flags) const;
+  int status(const char* name, struct stat& status) const;
 
   const HostFiles& m_files;
   std::string m_path;  // the host's own

@@ -22,6 +22,8 @@ struct FileSystemQuery {
   /// Whether asking may wait for a server or a user process, of this file system or of one that it
   /// is mounted below.
   bool mayBlock = false;
+  /// The process has a table with numbers, but the file system is not in it: it is not there.
+  bool unlisted = false;
 };
 
 /// What a file system says of itself.
@@ -40,7 +42,8 @@ class OsUtility {
   /// Asks every file system of `queries`; the answers stand in the same order. Those that may
   /// block are asked together within `limit`, the others directly; without the former nothing is
   /// started. Below a root of its own a file system with another device number than the query's
-  /// counts as missing (ENODEV): the reader does not have what the host has mounted there.
+  /// counts as missing (ENODEV): the reader does not have what the host has mounted there. A mount
+  /// point that is no absolute path is none (EINVAL).
   static std::vector<FileSystemInfo> GetFileSystemInfo(
       const HostFiles& files, BoundedCalls& calls, std::span<const FileSystemQuery> queries,
       std::chrono::milliseconds limit = std::chrono::seconds(2));

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
@@ -171,6 +172,25 @@ TEST(BoundedCalls, LocksWhatItAsks) {
 
   EXPECT_EQ(ForkedCalls("/proc/nowhere/run").ask({asked.data(), 1}, held, kLong, {}),
             BoundedCalls::Answers{"held"});
+}
+
+// More items than descriptors: locks take what the answers can do without.
+TEST(BoundedCalls, LocksLeaveDescriptorsForTheAnswers) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  std::vector<BoundedItem> asked;
+  for (int i = 0; i < 100; ++i) asked.push_back({"item", "0:" + std::to_string(i)});
+  const auto inChild = [&](std::size_t) {
+    rlimit there{};
+    ::getrlimit(RLIMIT_NOFILE, &there);
+    return std::string(there.rlim_cur == before.rlim_max ? "all that there may be" : "");
+  };
+  const test::TemporaryFolder folder;
+  const rlimit few{80, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+  const auto answers = ForkedCalls((folder.path() / "run").string()).ask(asked, inChild, kLong, {});
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(answers, BoundedCalls::Answers(100, "all that there may be"));
 }
 
 TEST(GetFileSystemInfo, OnlyThoseThatMayBlockAreAskedElsewhere) {

@@ -99,6 +99,21 @@ TEST_F(HostRoot, FileSystemsAreAskedBelowTheRoot) {
   EXPECT_NE(testing::internal::GetCapturedStderr().find("host root"), std::string::npos);
 }
 
+// Names out of files, such as those of packages, are no paths.
+TEST_F(HostRoot, FoldersTellOfNothingElsewhere) {
+  const HostFiles files(m_root);
+  int error = 0;
+  const auto folder = files.openFolder("/etc", error);
+  ASSERT_NE(folder, nullptr);
+  std::int64_t seconds = -1;
+  EXPECT_EQ(folder->modified("empty", seconds), 0);
+  EXPECT_GT(seconds, 0);
+  for (const char* name : {"/etc/passwd", "../etc/empty", "../../../../../../../etc/passwd"}) {
+    EXPECT_EQ(folder->modified(name, seconds), EINVAL) << name;
+    EXPECT_FALSE(folder->exists(name)) << name;
+  }
+}
+
 // A kernel file claims the size 0; this one is made several times as long as the first read.
 TEST(HostFiles, KernelFilesAreReadToTheirEnd) {
   constexpr std::size_t kPages = 4000;

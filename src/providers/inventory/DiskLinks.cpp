@@ -68,8 +68,11 @@ void DiskLinks::loadFolder(const char* path, std::string Names::*name) {
   if (error != 0) BRV_TRACE_ERRNO(kWarning, error, "%s", path);
 }
 
-const DiskLinks::Names& DiskLinks::of(std::string_view device) {
-  if (!device.starts_with('/')) return m_none;
+const DiskLinks::Names& DiskLinks::of(std::string_view device, std::string_view type) {
+  // What a FUSE server calls its device is any text, of any user: following it could end in a dead
+  // mount. "fuseblk" is for root only.
+  const bool anyText = type == "fuse" || type.starts_with("fuse.");
+  if (anyText || !device.starts_with("/dev/")) return m_none;
   if (!std::exchange(m_loaded, true)) {
     loadFolder("/dev/disk/by-uuid", &Names::uuid);
     loadFolder("/dev/disk/by-label", &Names::label);

@@ -21,9 +21,9 @@ class DiskLinks {
   /// `files` must outlive this.
   explicit DiskLinks(const HostFiles& files) : m_files(files) {}
 
-  /// Of a device as a mount table names it, be it a link itself (/dev/mapper/...). Valid until the
-  /// end of this.
-  const Names& of(std::string_view device);
+  /// Of a device as a mount table names it, with the type of its file system, be it a link itself
+  /// (/dev/mapper/...). Valid until the end of this.
+  const Names& of(std::string_view device, std::string_view type);
 
  private:
   void loadFolder(const char* path, std::string Names::*name);

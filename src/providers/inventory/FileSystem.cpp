@@ -69,7 +69,7 @@ void writeFigures(PropertyWriter& writer, const struct statvfs* figures) {
 void writeOrigin(PropertyWriter& writer, const MountTable::Mount& mount,
                  const MountOptions& options, DiskLinks& links) {
   writer.text("MountOptions", unescapedMountField(withoutSecrets(mount.options)));
-  const DiskLinks::Names& names = links.of(mount.device);
+  const DiskLinks::Names& names = links.of(mount.device, mount.type);
   writer.text("UUID", names.uuid);
   writer.text("Label", names.label);
   const RemoteSource remote = readRemoteSource(mount.device, mount.type);

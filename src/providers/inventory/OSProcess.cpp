@@ -164,7 +164,8 @@ std::vector<Pid> listProcesses(const HostFolder& proc) {
     const char* end = name + std::strlen(name);
     Pid pid = 0;
     const auto [behind, fault] = std::from_chars(name, end, pid);
-    if (fault == std::errc() && behind == end) pids.push_back(pid);
+    // The kernel writes no zeros in front; "07" would be 7 once more.
+    if (fault == std::errc() && behind == end && *name != '0') pids.push_back(pid);
   });
   if (error != 0) BRV_TRACE_ERRNO(kWarning, error, "%s", kProc);
   std::sort(pids.begin(), pids.end());

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -42,7 +43,8 @@ std::optional<std::int32_t> zoneOffset(const HostFiles& files, std::int64_t now,
 }
 
 std::optional<std::int16_t> minutesOf(std::optional<std::int32_t> seconds) {
-  if (!seconds) return std::nullopt;
+  if (!seconds || std::abs(*seconds / 60) > std::numeric_limits<std::int16_t>::max())
+    return std::nullopt;
   return static_cast<std::int16_t>(*seconds / 60);
 }
 

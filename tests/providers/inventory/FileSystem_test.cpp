@@ -105,5 +105,26 @@ truncat)");
   EXPECT_THAT(bare.list(kClass), HasSubstr("Failed to open /etc/mtab: No such file or directory"));
 }
 
+// Neither what the reader has in the place of a mount nor what a server of any user calls its
+// device is taken for the host's.
+TEST(FileSystem, WhatIsNotTheHosts) {
+  const RecordedHost host(R"(
+== identity
+nodeName=pump7
+== folder /a
+== link /dev/disk/by-uuid/77aa-0001 ../../vdq1
+== file /proc/1/mounts
+/dev/vdq1 /a fuse.any rw 0 0
+/dev/vdq1 . ext4 rw 0 0
+== file /proc/1/mountinfo
+1 1 0:1 / / rw - xfs x rw
+)");
+  const std::string listing = host.list(kClass);
+  EXPECT_THAT(instance(listing, "/a"), HasSubstr("StatusDescriptions: No such device\n"));
+  EXPECT_THAT(instance(listing, "/a"), HasSubstr("\nUUID -\n"));
+  EXPECT_THAT(instance(listing, "."), HasSubstr("StatusDescriptions: Invalid argument\n"));
+  EXPECT_THAT(instance(listing, "."), HasSubstr("\nUUID: 77aa-0001\n"));
+}
+
 }  // namespace
 }  // namespace brv::test

@@ -36,6 +36,7 @@ VmSwap: 12 kB
 \x00pump\x00--name=a b\x1b\x00\xff\x00
 == link /proc/10/exe /opt/pump (deleted)
 == folder /proc/self10
+== folder /proc/09
 )");
   const std::string keys =
       "BRV_OLMODOSProcess|BRV_OLMODComputerSystem|pump1|BRV_OLMODOperatingSystem|LINUX|";

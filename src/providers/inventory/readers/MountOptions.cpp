@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/inventory/readers/MountOptions.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "providers/inventory/readers/FieldText.h"
@@ -53,6 +54,20 @@ bool isSecret(std::string_view name) {
   for (const std::string_view secret : {"password", "password2", "pass", "secret", "credentials"})
     if (sameIgnoringCase(name, secret)) return true;
   return false;
+}
+
+// Where the "=" of a secret stands, npos without one. Quotation marks of two options may look like
+// a pair around what lies between them.
+std::size_t findSecret(std::string_view option) {
+  for (std::size_t at = 0; at < option.size();) {
+    const std::size_t end = std::min(option.find(',', at), option.size());
+    const std::string_view part = option.substr(at, end - at);
+    const std::size_t equals = part.find('=');
+    if (equals != std::string_view::npos && isSecret(trimmed(part.substr(0, equals))))
+      return at + equals;
+    at = end + 1;
+  }
+  return std::string_view::npos;
 }
 
 template <class Number>
@@ -125,8 +140,7 @@ std::string withoutSecrets(std::string_view options) {
   while (!options.empty()) {
     std::size_t size = optionSize(options, quotes);
     const std::string_view option = options.substr(0, size);
-    const std::size_t equals = option.find('=');
-    if (equals != std::string_view::npos && isSecret(trimmed(option.substr(0, equals)))) {
+    if (const std::size_t equals = findSecret(option); equals != std::string_view::npos) {
       while (options.substr(size, 2) == ",,")
         size += 2 + optionSize(options.substr(size + 2), quotes);
       out.append(option.substr(0, equals)).append("=***");

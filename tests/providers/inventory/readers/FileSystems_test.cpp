@@ -106,7 +106,8 @@ TEST(MountOptions, SecretsAreHidden) {
                 {R"(pass=a"b,ro)", "pass=***,ro"},
                 {"password2=\\054x,", "password2=***,"},
                 {"password,pass=,passive=1,,ro", "password,pass=***,passive=1,,ro"},
-                {"", ""}};
+                {"", ""},
+                {R"(user=a"b,password=x,domain=c"d,rw)", R"(user=a"b,password=***,rw)"}};
   for (const auto& [options, shown] : kCases) EXPECT_EQ(withoutSecrets(options), shown);
 }
 
