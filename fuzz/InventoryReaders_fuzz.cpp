@@ -15,7 +15,10 @@
 #include "providers/inventory/readers/PidStatus.h"
 #include "providers/inventory/readers/ProcSysinfo.h"
 #include "providers/inventory/readers/Utmp.h"
+#include "providers/inventory/readers/Uuid.h"
 #include "providers/inventory/readers/ValueText.h"
+#include "providers/inventory/readers/ZoneFile.h"
+#include "runtime/Ascii.h"
 #include "runtime/UcText.h"
 
 namespace {
@@ -133,6 +136,28 @@ void expectClean(std::string_view text, std::size_t limit) {
   const auto seconds = found(text, readBootTime);
   BRV_EXPECT(!seconds || *seconds <= kMost / 1'000'000);
   BRV_EXPECT(found(std::string(text) + "\nbtime 7", readBootTime).has_value());
+}
+
+[[maybe_unused]] void Uuid_(std::string_view text) {
+  const auto uuid = readUuid(text);
+  BRV_EXPECT(!uuid || (uuid->size() == 36 && equalsIgnoringCase(*uuid, text)));
+  BRV_EXPECT(!uuid || readUuid(*uuid) == uuid);
+  BRV_EXPECT(!isHexadecimal(text, text.size()) || text.find('-') == std::string_view::npos);
+}
+
+// As it stands, as the rule of a zone that is whole otherwise, and as all that follows its header.
+[[maybe_unused]] void ZoneFile_(std::string_view bytes) {
+  constexpr std::int64_t kEver = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t kWeek = 7 * 86'400;
+  const std::string empty =
+      std::string("TZif2") + std::string(34, '\0') + '\1' + std::string(10, '\0');
+  const std::string zone = empty + empty + '\n' + std::string(bytes) + '\n';
+  for (const std::int64_t moment : {-kEver, -kEver / 1'000'000, std::int64_t{0},
+                                    std::int64_t{1'774'745'999}, kEver / 1'000'000, kEver}) {
+    readZoneOffset(bytes, moment);
+    const auto offset = readZoneOffset(zone, moment);
+    BRV_EXPECT(!offset || (*offset > -kWeek && *offset < kWeek + 3'600));
+  }
 }
 
 }  // namespace

@@ -4,9 +4,11 @@
 #include <string>
 
 #include "Readers.h"
+#include "providers/MountJudge.h"
 #include "providers/readers/DiskStats.h"
 #include "providers/readers/LoadAverage.h"
 #include "providers/readers/MemInfo.h"
+#include "providers/readers/MountInfo.h"
 #include "providers/readers/MountTable.h"
 #include "providers/readers/NetDev.h"
 #include "providers/readers/ProcStat.h"
@@ -86,12 +88,32 @@ void expectTicks(const CpuTimes& times) {
     for (const std::string_view name : {mount.device, mount.mountPoint, mount.type})
       size += name.size() + 1;
     size += mount.options.size();
+    // As they stand in the line.
+    BRV_EXPECT(mount.options.find_first_of(" \t\n") == std::string_view::npos);
+    BRV_EXPECT(text.find(mount.options) != std::string_view::npos);
+    BRV_EXPECT(unescapedMountField(mount.options).size() <= mount.options.size());
   }
   BRV_EXPECT(size <= text.size() + 1);
+  MountJudge::Mounts mounts;
+  for (const MountTable::Mount& mount : table.mounts) mounts[mount.mountPoint] = &mount;
+  MountJudge judge(mounts);
+  for (const auto& [place, mount] : mounts) {
+    const bool mayBlock = judge.mayBlock(*mount);
+    BRV_EXPECT(MountJudge(mounts).mayBlock(*mount) == mayBlock);
+  }
   expectOneMore(text, "/dev/sda1 /a\\040b ext4 rw 0 0",
                 [](std::string_view more, OddLines& ignored) {
                   return readMountTable(more, ignored).mounts;
                 });
+}
+
+[[maybe_unused]] void MountInfo_(std::string_view text) {
+  for (const MountInfo& mount : found(text, readMountInfo)) {
+    expectInside(text, mount.device);
+    BRV_EXPECT(mount.device.find_first_not_of("0123456789:") == std::string_view::npos);
+    BRV_EXPECT(!mount.mountPoint.empty());
+  }
+  expectOneMore(text, "36 35 98:0 / /a\\040b rw - ext4 /dev/sda1 rw", readMountInfo);
 }
 
 }  // namespace

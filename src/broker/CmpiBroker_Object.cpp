@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cmpi/CmpiTypes.h"
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -25,8 +26,7 @@ constexpr std::uint32_t kOwnOrder = UINT32_MAX;
 
 std::string placeKey(std::string_view name, CmpiBroker_Value::Qualifiers qualifiers) {
   std::string key(name);
-  for (char& c : key)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+  std::transform(key.begin(), key.end(), key.begin(), lowerCase);
   return key += static_cast<char>(qualifiers);
 }
 
@@ -146,7 +146,7 @@ void CmpiBroker_Object::load(const CIMObject& object, bool keepEmptyAsNull) {
     const std::string_view text = entry.value.view();
     const bool isArray = (type & CMPI_ARRAY) != 0;
     const bool isNull = entry.value.isNull() || (text.empty() && keepEmptyAsNull) ||
-                        (!isArray && text.size() == 4 && strncasecmp(text.data(), "NULL", 4) == 0);
+                        (!isArray && equalsIgnoringCase(text, "NULL"));
     if (isNull) {
       setProperty(entry.name.view(), nullptr, type);
     } else if (isArray && !separatorGiven) {

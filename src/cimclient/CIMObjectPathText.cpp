@@ -4,16 +4,13 @@
 #include <algorithm>
 
 #include "cimclient/CIMTypeNames.h"
+#include "runtime/Ascii.h"
 
 namespace brv {
 
 namespace {
 
 using Key = CIMObjectPathText::Key;
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 // What a class, a key and a namespace cannot hold, since it would end them in the text.
 bool isName(std::string_view text, std::string_view forbidden) {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <algorithm>
 #include <string_view>
+
+#include "runtime/Ascii.h"
 
 namespace brv {
 
@@ -10,12 +11,6 @@ namespace brv {
 inline constexpr std::string_view kCIMTypeNames[] = {
     "string", "boolean", "datetime", "char16", "reference", "uint8",  "uint16", "uint32",
     "uint64", "sint8",   "sint16",   "sint32", "sint64",    "real32", "real64"};
-
-inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](char x, char y) { return lower(x) == lower(y); });
-}
 
 /// The type's name in lower case; empty when `text` names none. ASCII case does not count.
 inline std::string_view findCIMType(std::string_view text) {

@@ -7,6 +7,7 @@
 
 #include "cimclient/CIMClientError.h"
 #include "cimclient/CIMTypeNames.h"
+#include "runtime/Ascii.h"
 
 namespace brv {
 
@@ -55,12 +56,9 @@ bool isCharacter(std::string_view digits) {
   if (hexadecimal) digits.remove_prefix(1);
   std::uint32_t code = 0;
   for (const char c : digits) {
-    std::uint32_t digit = 16;
-    if (c >= '0' && c <= '9') digit = static_cast<std::uint32_t>(c - '0');
-    if (hexadecimal && c >= 'a' && c <= 'f') digit = static_cast<std::uint32_t>(c - 'a' + 10);
-    if (hexadecimal && c >= 'A' && c <= 'F') digit = static_cast<std::uint32_t>(c - 'A' + 10);
-    if (digit == 16) return false;
-    code = code * (hexadecimal ? 16 : 10) + digit;
+    const int digit = hexDigit(c);
+    if (digit < 0 || (digit > 9 && !hexadecimal)) return false;
+    code = code * (hexadecimal ? 16 : 10) + static_cast<std::uint32_t>(digit);
     if (code > 0x10FFFF) return false;
   }
   // Zero stands for no digits as well.

@@ -5,24 +5,11 @@
 #include <array>
 #include <cstddef>
 
+#include "runtime/Ascii.h"
+
 namespace brv {
 
 namespace {
-
-// The C library's classification functions follow the locale and cost a call each.
-constexpr char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-constexpr bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-constexpr int hexDigit(char c) {
-  if (isDigit(c)) return c - '0';
-  const char letter = lower(c);
-  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
 
 // On a mismatch only the last `*` has to take one more byte: an earlier one could gain nothing.
 bool matchGlob(std::string_view pattern, std::string_view text, bool ignoreCase) {
@@ -34,8 +21,9 @@ bool matchGlob(std::string_view pattern, std::string_view text, bool ignoreCase)
     if (p < pattern.size() && pattern[p] == '*') {
       afterStar = ++p;
       starText = t;
-    } else if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == text[t] ||
-                                      (ignoreCase && lower(pattern[p]) == lower(text[t])))) {
+    } else if (p < pattern.size() &&
+               (pattern[p] == '?' || pattern[p] == text[t] ||
+                (ignoreCase && lowerCase(pattern[p]) == lowerCase(text[t])))) {
       ++p;
       ++t;
     } else if (afterStar != std::string_view::npos) {
@@ -46,11 +34,6 @@ bool matchGlob(std::string_view pattern, std::string_view text, bool ignoreCase)
     }
   }
   return pattern.find_first_not_of('*', p) == std::string_view::npos;
-}
-
-bool beginsWithIgnoringCase(std::string_view text, std::string_view word) {
-  return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(),
-                                                  [](char a, char b) { return a == lower(b); });
 }
 
 constexpr std::string_view kBase64 =
@@ -80,7 +63,7 @@ bool MatchString(const char* pattern, const char* text, bool ignoreCase) {
 std::uint64_t GetBytesMultiplier(const char* suffix) {
   constexpr std::string_view kSuffixes = "bkmgtp";
   if (suffix == nullptr || *suffix == '\0') return 1;
-  const std::size_t power = kSuffixes.find(lower(*suffix));
+  const std::size_t power = kSuffixes.find(lowerCase(*suffix));
   return power == std::string_view::npos ? 1 : std::uint64_t{1} << (10 * power);
 }
 

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CmpiTypes.h"
 
-#include <strings.h>
-
 #include <array>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
 
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -94,10 +93,6 @@ std::string_view trimmed(std::string_view text) {
   while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
   while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
   return text;
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
 template <class Number>

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/ObjectFilters.h"
 
-#include <strings.h>
-
 #include <cstring>
 #include <utility>
 
 #include "cimobject/SingletonHolder.h"
 #include "cimobject/TextFunctions.h"
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -16,10 +15,6 @@ namespace {
 
 constexpr std::string_view kSpaces = " \t\n\v\f\r";
 constexpr std::size_t kLongestValue = 255;
-
-bool beginsWithIgnoringCase(std::string_view text, std::string_view word) {
-  return text.size() >= word.size() && strncasecmp(text.data(), word.data(), word.size()) == 0;
-}
 
 void skipSpaces(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kSpaces), text.size()));

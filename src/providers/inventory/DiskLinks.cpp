@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -13,12 +14,6 @@ namespace {
 
 constexpr int kMostLinks = 8;
 
-int digitOf(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
 // Bytes that udev keeps out of file names stand there as "\x20". One that would end the text stays
 // as it is.
 std::string unescaped(std::string_view name) {
@@ -26,8 +21,8 @@ std::string unescaped(std::string_view name) {
   text.reserve(name.size());
   while (!name.empty()) {
     const bool form = name.size() >= 4 && name.starts_with("\\x");
-    const int high = form ? digitOf(name[2]) : -1;
-    const int low = form ? digitOf(name[3]) : -1;
+    const int high = form ? hexDigit(name[2]) : -1;
+    const int low = form ? hexDigit(name[3]) : -1;
     const bool escaped = high >= 0 && low >= 0 && high + low > 0;
     text += escaped ? static_cast<char>(high * 16 + low) : name.front();
     name.remove_prefix(escaped ? 4 : 1);

@@ -151,7 +151,7 @@ void writeAttributes(PropertyWriter& writer, const GpfsFileSystem& fileSystem) {
   const std::string_view encryption = trimmed(fileSystem.find("encryption"));
   writer.boolean("EncryptionEnabled", encryption.empty()
                                           ? std::nullopt
-                                          : std::optional(sameIgnoringCase(encryption, "yes")));
+                                          : std::optional(equalsIgnoringCase(encryption, "yes")));
   std::vector<std::string_view> names;
   for (const auto& [property, field] : kLists) {
     names.clear();

@@ -41,10 +41,9 @@ bool isBelowVirtual(std::string_view target) {
 
 // Pairs of hex digits with colons between them, not all of them 0.
 bool isHardwareAddress(std::string_view text) {
-  const auto isDigit = [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); };
   if (text.size() % 3 != 2) return false;
   for (std::size_t i = 0; i < text.size(); ++i)
-    if (i % 3 == 2 ? text[i] != ':' : !isDigit(text[i])) return false;
+    if (i % 3 == 2 ? text[i] != ':' : hexDigit(text[i]) < 0) return false;
   return text.find_first_not_of("0:") != std::string_view::npos;
 }
 

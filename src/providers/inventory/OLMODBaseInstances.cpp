@@ -28,14 +28,14 @@ bool anyProperty(const CmpiInstance& instance, const Function& onProperty) {
 
 bool hasProperty(const CmpiInstance& instance, std::string_view wanted) {
   return anyProperty(instance, [wanted](const char* name, const CmpiData&) {
-    return sameIgnoringCase(name, wanted);
+    return equalsIgnoringCase(name, wanted);
   });
 }
 
 bool isListed(const char** names, std::string_view name) {
   if (names == nullptr) return true;
   for (; *names != nullptr; ++names)
-    if (sameIgnoringCase(*names, name)) return true;
+    if (equalsIgnoringCase(*names, name)) return true;
   return false;
 }
 
@@ -43,7 +43,7 @@ bool isListed(const char** names, std::string_view name) {
 std::string keyText(const CmpiInstance& instance, std::string_view wanted) {
   std::string key;
   anyProperty(instance, [&](const char* name, const CmpiData& value) {
-    if (!sameIgnoringCase(name, wanted)) return false;
+    if (!equalsIgnoringCase(name, wanted)) return false;
     const bool text = value.type() == CMPI_string && !value.isNullValue();
     if (const char* chars = text ? CmpiString(value).charPtr() : nullptr) key = chars;
     return true;
@@ -103,7 +103,7 @@ void CmpiOLMODDataProvider::createOLMODInstancesFromBaseInstances(const CmpiCont
     throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Failed to retrieve hostname"));
   const auto model = std::find_if(
       std::begin(kClasses), std::end(kClasses),
-      [className](const ModelClass& served) { return sameIgnoringCase(served.name, className); });
+      [className](const ModelClass& served) { return equalsIgnoringCase(served.name, className); });
   if (model == std::end(kClasses)) throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_INVALID_CLASS));
 
   // All properties are asked for: the keys are needed whatever is copied.

@@ -102,7 +102,7 @@ Count users(const HostFiles& files, const HostFolder* processes, FileBuffer& buf
 Count countProcesses(const HostFolder& processes) {
   std::uint32_t count = 0;
   const int error = processes.list([&count](const char* name) {
-    if (name[std::strspn(name, "0123456789")] == '\0') ++count;
+    if (*name != '0' && name[std::strspn(name, "0123456789")] == '\0') ++count;
   });
   return error == 0 && count > 0 ? Count(count) : std::nullopt;
 }

@@ -5,7 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "RecordedHost.h"
+
 namespace brv::test {
+
+/// The identity of a host without anything else.
+inline const std::string kPump1 = "== identity\nnodeName=pump1\nmachine=x86_64\n";
 
 /// Of a listing of RecordedHost the values of some properties: a line per instance, "|" behind each
 /// value, "-" for a NULL and "?" for a property that is not there. No names: all values, in their
@@ -28,6 +33,12 @@ inline std::string columns(const std::string& listing, const std::vector<std::st
     values.assign(names.size(), "?");
   }
   return out;
+}
+
+/// The columns of a class on the host above with some sections more.
+inline std::string columnsOf(const std::string& className, const std::string& sections,
+                             const std::vector<std::string>& names) {
+  return columns(RecordedHost(kPump1 + sections).list(className), names);
 }
 
 }  // namespace brv::test

@@ -86,7 +86,7 @@ void DnfUpdateInfo::addRow(const Row& row) {
       type = "security";
     }
     if (isCategory(type)) advisory.category = type;
-    if (!sameIgnoringCase(severity, "none")) advisory.severity = inLowerCase(severity);
+    if (!equalsIgnoringCase(severity, "none")) advisory.severity = inLowerCase(severity);
     advisory.issued = readCalendarDay(row[kIssued]);
     m_advisories.push_back(std::move(advisory));
   }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <string_view>
 
 #include "providers/readers/LineScanner.h"
+#include "runtime/Ascii.h"
 
 // Small cuts that the readers of the inventory share.
 namespace brv {
@@ -32,16 +32,6 @@ inline std::string_view cutField(std::string_view& rest, char separator) {
   const std::string_view field = rest.substr(0, end);
   rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
   return field;
-}
-
-/// ASCII letters only.
-inline char lowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-inline bool sameIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
 /// The whole of `text` as a number of at most `max`.

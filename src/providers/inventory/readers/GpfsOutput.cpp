@@ -10,12 +10,6 @@ namespace brv {
 
 namespace {
 
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char lower = lowerCase(c);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
 // The byte that an escape at the beginning of `text` stands for; 0 when there is none.
 char escapedByte(std::string_view text) {
   if (text.size() < 3 || text[0] != '%') return 0;

@@ -52,7 +52,7 @@ std::size_t optionSize(std::string_view options, bool& quotes) {
 
 bool isSecret(std::string_view name) {
   for (const std::string_view secret : {"password", "password2", "pass", "secret", "credentials"})
-    if (sameIgnoringCase(name, secret)) return true;
+    if (equalsIgnoringCase(name, secret)) return true;
   return false;
 }
 

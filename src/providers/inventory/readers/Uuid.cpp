@@ -3,14 +3,14 @@
 
 #include <algorithm>
 
-#include "providers/inventory/readers/FieldText.h"
+#include "runtime/Ascii.h"
 
 namespace brv {
 
 namespace {
 
 bool isHexadecimalDigit(char c) {
-  return (c >= '0' && c <= '9') || (lowerCase(c) >= 'a' && lowerCase(c) <= 'f');
+  return hexDigit(c) >= 0;
 }
 
 }  // namespace

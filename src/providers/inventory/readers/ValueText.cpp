@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/inventory/readers/ValueText.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <array>
 
+#include "runtime/Ascii.h"
 #include "runtime/UcText.h"
 
 namespace brv {
@@ -76,10 +75,8 @@ bool isFillerText(std::string_view text) {
                                        "Default string", "System Serial Number", "None", "N/A"});
   if (text.find_first_not_of('0') == std::string_view::npos) return true;
   if (text.find_first_not_of('.') == std::string_view::npos) return true;
-  return std::any_of(kFillers.begin(), kFillers.end(), [text](std::string_view filler) {
-    return text.size() == filler.size() &&
-           strncasecmp(text.data(), filler.data(), text.size()) == 0;
-  });
+  return std::any_of(kFillers.begin(), kFillers.end(),
+                     [text](std::string_view filler) { return equalsIgnoringCase(text, filler); });
 }
 
 }  // namespace brv

@@ -8,7 +8,8 @@ namespace brv {
 
 namespace {
 
-constexpr std::int64_t kDay = 86'400;  // seconds
+constexpr std::int64_t kDay = 86'400;                // seconds
+constexpr std::int64_t kYear9999 = 253'402'300'799;  // its end
 
 // Big-endian, signed.
 std::int64_t integerAt(std::string_view bytes, std::size_t at, std::size_t size) {
@@ -74,6 +75,7 @@ class Rule {
   explicit Rule(std::string_view text) : m_rest(text) {}
 
   std::optional<std::int32_t> offset(std::int64_t moment) {
+    if (moment < -kYear9999 || moment > kYear9999) return std::nullopt;
     std::int64_t west = 0;
     if (!name() || !time(west)) return std::nullopt;
     const std::int64_t standard = -west;

@@ -34,8 +34,8 @@ bool ZypperPatches::line(std::string_view line, ZypperPatch& patch) {
     m_odd.push_back(m_number);
     return false;
   }
-  if (!sameIgnoringCase(values[kStatus], "applied") &&
-      !sameIgnoringCase(values[kStatus], "installed"))
+  if (!equalsIgnoringCase(values[kStatus], "applied") &&
+      !equalsIgnoringCase(values[kStatus], "installed"))
     return false;
   patch = {values[kName],       values[kCategory], values[kSeverity],
            values[kRepository], values[kSummary],  readCalendarDay(values[kSince])};

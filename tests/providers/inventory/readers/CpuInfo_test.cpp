@@ -109,18 +109,14 @@ TEST(CpuList, AscendingRanges) {
 
 TEST(ProcSysinfo, Lines) {
   const ProcSysinfo info = readProcSysinfo(
-      "Manufacturer:         IBM             \r\nType:                 3906\nheading\n: 1\n"
-      "Model:                \nModel Capacity:       705\nModel:   M05\nModel: M06\n"
-      "Sequence Code:        00000000000AB1C2\nLPAR Name:            LP:07\n"
+      "Manufacturer:         IBM             \r\nheading\n: 1\nModel:                \n"
+      "Model Capacity:       705\nModel:   M05\nModel: M06\nLPAR Name:            LP:07\n"
       "VM00 Control Program: z/VM    7.2.0   \nVM01 Control Program: z/VM    6.4.0\nLPAR UUID: 5f");
   EXPECT_EQ(info.manufacturer, "IBM");
-  EXPECT_EQ(info.type, "3906");
   EXPECT_EQ(info.model, "M05");
-  EXPECT_EQ(info.sequenceCode, "00000000000AB1C2");
   EXPECT_EQ(info.lparName, "LP:07");
   EXPECT_EQ(info.lparUuid, "5f");
   EXPECT_EQ(info.vmControlProgram, "z/VM    7.2.0");
-  EXPECT_EQ(info.vmUuid, "");
 }
 
 }  // namespace

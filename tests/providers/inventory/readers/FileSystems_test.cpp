@@ -48,19 +48,7 @@ TEST(GpfsOutput, FileSystems) {
   EXPECT_EQ(reader.odd(), (OddLines{10, 11}));
 }
 
-TEST(GpfsOutput, ClusterAndNode) {
-  // All headers first, rows of another section in between.
-  const auto cluster = readLines<GpfsCluster>(
-      "mmlscluster:clusterSummary:HEADER:version:reserved:clusterName:clusterId\n"
-      "mmlscluster:clusterNode:HEADER:version:clusterName:clusterId:\n"
-      "mmlscluster:clusterNode:0:1:wrong:0:\n"
-      "mmlscluster:clusterSummary:0:1::acme%2Eexample:7741\n"
-      "mmlscluster:clusterSummary:0:1::second:2\n");
-  EXPECT_EQ(cluster.name() + " " + cluster.id(), "acme.example 7741");
-  const auto node = readLines<GpfsNodeState>(
-      "mmgetstate::HEADER:version:nodeName:state:quorum\nmmgetstate::0:1:n1:active:2\n"
-      "mmgetstate::0:1:n2:down:2\n");
-  EXPECT_EQ(node.state(), "active");
+TEST(GpfsOutput, WithoutAHeaderNothingIsKnown) {
   EXPECT_EQ(readLines<GpfsNodeState>("mmgetstate::0:1:n1:active:2\n").state(), "");
 }
 

@@ -10,24 +10,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-TEST(OsRelease, AllFields) {
-  OddLines odd;
-  const OsRelease release = readOsRelease(
-      "# Acme\r\n\r\nPRETTY_NAME=\"Acme Linux 7 (Gale)\"\r\nNAME='Acme Linux'\nID=acme\n"
-      "ID_LIKE=\"debian suse\"\nVERSION_ID=\"7.2\"\nVERSION_CODENAME=gale\n"
-      "CPE_NAME=cpe:/o:acme:acme:7\nBUILD_ID=b42\nHOME_URL=\"http://acme.test/?a=b\"",
-      odd);
-  EXPECT_TRUE(odd.empty());
-  EXPECT_EQ(release.prettyName, "Acme Linux 7 (Gale)");
-  EXPECT_EQ(release.name, "Acme Linux");
-  EXPECT_EQ(release.id, "acme");
-  EXPECT_EQ(release.idLike, "debian suse");
-  EXPECT_EQ(release.versionId, "7.2");
-  EXPECT_EQ(release.codeName, "gale");
-  EXPECT_EQ(release.cpeName, "cpe:/o:acme:acme:7");
-  EXPECT_EQ(release.buildId, "b42");
-}
-
 TEST(OsRelease, Values) {
   const std::string endless(300'000, 'x');
   const struct {

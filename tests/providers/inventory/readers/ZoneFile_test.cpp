@@ -67,6 +67,9 @@ TEST(ZoneFile, Rules) {
       {"AAA5BBB,M3.1.0,M4.1.0 ", 0, std::nullopt},
       {"AAA999999999999999999", 0, std::nullopt},
       {"<AAA5", 0, std::nullopt},
+      {kEurope, 253'402'300'799, 3'600},  // the end of 9999
+      {kEurope, 253'402'300'800, std::nullopt},
+      {"AAA5", INT64_MIN, std::nullopt},
   };
   for (const auto& c : kCases)
     EXPECT_EQ(readZoneOffset(zone({}, {1}, c.rule), c.moment), c.offset) << c.rule << c.moment;
