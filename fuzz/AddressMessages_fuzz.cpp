@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Datagrams of rtnetlink(7) with the addresses of interfaces.
-#include <cerrno>
-#include <vector>
+#include <span>
 
 #include "Fuzz.h"
 #include "runtime/AddressMessages.h"

@@ -145,7 +145,7 @@ void expectClean(std::string_view text, std::size_t limit) {
   BRV_EXPECT(!isHexadecimal(text, text.size()) || text.find('-') == std::string_view::npos);
 }
 
-// As it stands, as the rule of a zone that is whole otherwise, and as all that follows its header.
+// As it stands, and as the rule of a zone that is whole otherwise.
 [[maybe_unused]] void ZoneFile_(std::string_view bytes) {
   constexpr std::int64_t kEver = std::numeric_limits<std::int64_t>::max();
   constexpr std::int64_t kWeek = 7 * 86'400;
