@@ -54,7 +54,6 @@ int ActiveMounts::read() {
     OddLines odd;
     m_table = readMountTable(buffer.view(), odd);
     traceOddLines(path, odd);
-    m_top.reserve(m_table.mounts.size());
     for (const Mount& mount : m_table.mounts) m_top[mount.mountPoint] = &mount;
     return 0;
   }

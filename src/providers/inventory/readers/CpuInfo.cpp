@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <limits>
 #include <span>
 
@@ -177,18 +176,28 @@ std::optional<std::uint32_t> number(std::string_view text) {
   return static_cast<std::uint32_t>(value);
 }
 
-// "2596.120", "2200.000000MHz" or, with a scale of 1000, "2.60GHz".
+// "2596.120", "2200.000000MHz" or, with a scale of 1000, "2.60GHz". In whole numbers: the functions
+// for others would bring the mathematics library into every run.
 std::optional<std::uint32_t> megahertz(std::string_view text, std::string_view unit,
-                                       double scale = 1) {
+                                       std::uint64_t scale = 1) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
+  constexpr std::uint64_t kOne = 1'000'000;
   text = trimmed(text);
-  if (text.empty() || text[0] < '0' || text[0] > '9') return {};
-  double value = 0;
-  const char* end = text.data() + text.size();
-  const auto [behind, error] = std::from_chars(text.data(), end, value, std::chars_format::fixed);
-  const std::string_view rest = trimmed({behind, static_cast<std::size_t>(end - behind)});
-  if (error != std::errc() || (!rest.empty() && rest != unit)) return {};
-  const double rounded = std::round(value * scale);
-  if (rounded < 1 || rounded > std::numeric_limits<std::uint32_t>::max()) return {};
+  const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+  const auto whole = numberUpTo(kMost, text.substr(0, digits));
+  if (!whole) return {};
+  text.remove_prefix(digits);
+  std::uint64_t fraction = 0;
+  if (text.starts_with('.')) {
+    text.remove_prefix(1);
+    for (std::uint64_t place = kOne / 10; !text.empty() && isDigit(text[0]); place /= 10) {
+      fraction += place * static_cast<std::uint64_t>(text[0] - '0');
+      text.remove_prefix(1);
+    }
+  }
+  if (!text.empty() && trimmed(text) != unit) return {};
+  const std::uint64_t rounded = ((*whole * kOne + fraction) * scale + kOne / 2) / kOne;
+  if (rounded < 1 || rounded > kMost) return {};
   return static_cast<std::uint32_t>(rounded);
 }
 
