@@ -52,8 +52,7 @@ constexpr std::uint32_t kNoAnswer = UINT32_MAX;
 class ItemLocks {
  public:
   // Whoever has held a lock for longer than `limit` is stuck.
-  ItemLocks(const std::string& folder, std::chrono::milliseconds limit, Clock::time_point deadline)
-      : m_limit(limit), m_deadline(deadline) {
+  ItemLocks(const std::string& folder, std::chrono::milliseconds limit) : m_limit(limit) {
     if (folder.empty()) return;
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
       BRV_TRACE_ERRNO(kDetail, errno, "Failed to make %s", folder.c_str());
@@ -65,6 +64,7 @@ class ItemLocks {
 
   struct Lock {
     Descriptor file;
+    bool contested = false;             ///< another run had it when this one began
     std::atomic<std::size_t> items{0};  ///< that have not been answered
 
     // Of an item that is answered; the last one unlocks for everybody who has the file open.
@@ -73,9 +73,9 @@ class ItemLocks {
     }
   };
 
-  // False if another process holds it. `lock` becomes what is to be released, null where nothing is
-  // locked. Two items of one device share a lock: each open file is an owner of its own and would
-  // find the other in its way.
+  // False if a process that is stuck holds it. `lock` becomes what is to be released, null where
+  // nothing is locked. Two items of one device share a lock: each open file is an owner of its own
+  // and would find the other in its way.
   bool take(std::string_view name, Lock*& lock) {
     lock = nullptr;
     if (m_folder.get() < 0 || name.empty() || name.find('/') != std::string_view::npos) return true;
@@ -87,11 +87,11 @@ class ItemLocks {
                                O_RDONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
       if (file.get() < 0 || static_cast<rlim_t>(file.get()) >= m_end) return true;
       const int error = acquire(file.get());
-      if (error == 0) {
+      if (error != 0 && error != EWOULDBLOCK) return true;
+      if (error == 0 || heldLately(file.get(), m_limit)) {
         lock = &m_held.emplace_back();
         lock->file = std::move(file);
-      } else if (error != EWOULDBLOCK) {
-        return true;
+        lock->contested = error != 0;
       }
       m_known.emplace(name, lock);
     }
@@ -99,36 +99,40 @@ class ItemLocks {
     return lock != nullptr;
   }
 
+  // For an item of a run that has only begun: its answer comes, and then it is our turn, or it is
+  // stuck soon. False then. Called where waiting holds nothing else up.
+  static bool await(const Lock& lock, std::chrono::milliseconds limit) {
+    int error = acquire(lock.file.get());
+    while (error == EWOULDBLOCK && heldLately(lock.file.get(), limit)) {
+      const timespec pause{0, kLockPauseNanoseconds};
+      ::nanosleep(&pause, nullptr);
+      error = acquire(lock.file.get());
+    }
+    return error != EWOULDBLOCK;
+  }
+
   const std::deque<Lock>& held() const { return m_held; }
   void closeAll() { m_held.clear(); }
 
  private:
-  // 0, EWOULDBLOCK for a lock of a process that is stuck, or another errno value. Another run that
-  // has only begun is waited for: its answer comes, or it is stuck soon. Everybody takes the locks
-  // in the order of the mount table, so no two wait for each other.
-  int acquire(int file) const {
-    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
-      if (errno != EWOULDBLOCK || Clock::now() >= m_deadline || !heldLately(file)) return errno;
-      const timespec pause{0, kLockPauseNanoseconds};
-      ::nanosleep(&pause, nullptr);
-    }
+  // 0 or an errno value, EWOULDBLOCK for a lock that another process holds.
+  static int acquire(int file) {
+    if (::flock(file, LOCK_EX | LOCK_NB) != 0) return errno;
     ::futimens(file, nullptr);  // tells since when
     return 0;
   }
 
-  bool heldLately(int file) const {
+  static bool heldLately(int file, std::chrono::milliseconds limit) {
     struct stat status {};
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
     if (::fstat(file, &status) != 0) return false;
     const auto age = std::chrono::seconds(now.tv_sec - status.st_mtim.tv_sec) +
                      std::chrono::nanoseconds(now.tv_nsec - status.st_mtim.tv_nsec);
-    errno = EWOULDBLOCK;
-    return age >= -m_limit && age < m_limit;
+    return age >= -limit && age < limit;
   }
 
   const std::chrono::milliseconds m_limit;
-  const Clock::time_point m_deadline;
   Descriptor m_folder;
   rlim_t m_end = 0;  // the first descriptor that is not for locks
   std::unordered_map<std::string_view, Lock*> m_known;  // null: another process's
@@ -145,6 +149,7 @@ struct AskedItem {
 struct Work {
   const BoundedCalls::Function& function;
   const std::vector<AskedItem>& items;
+  std::chrono::milliseconds limit;
   int pipe;
   std::atomic<std::size_t> next{0};
   std::atomic<std::size_t> done{0};
@@ -154,9 +159,11 @@ void answer(const Work& work, const AskedItem& item) {
   char record[PIPE_BUF];
   AnswerHead head{item.index, kNoAnswer};
   std::size_t size = sizeof(head);
+  ItemLocks::Lock* const lock = item.lock;
+  const bool asks = lock == nullptr || !lock->contested || ItemLocks::await(*lock, work.limit);
   try {
-    const std::string text = work.function(item.index);
-    if (text.size() <= BoundedCalls::kLargestAnswer) {
+    const std::string text = asks ? work.function(item.index) : std::string();
+    if (asks && text.size() <= BoundedCalls::kLargestAnswer) {
       head.size = static_cast<std::uint32_t>(text.size());
       std::memcpy(record + size, text.data(), text.size());
       size += text.size();
@@ -166,7 +173,7 @@ void answer(const Work& work, const AskedItem& item) {
   }
   std::memcpy(record, &head, sizeof(head));
   // Other items may keep this process for ever, and who gets the answer may ask again at once.
-  if (item.lock != nullptr) item.lock->release();
+  if (lock != nullptr) lock->release();
   while (::write(work.pipe, record, size) < 0 && errno == EINTR) continue;
 }
 
@@ -260,8 +267,9 @@ class AnswerReader {
 
 // 0 or an errno value. The child is gone or given up when it returns.
 int askInChild(const std::vector<AskedItem>& items, const BoundedCalls::Function& function,
-               Clock::time_point deadline, std::span<const int> descriptors, ItemLocks& locks,
+               std::chrono::milliseconds limit, std::span<const int> descriptors, ItemLocks& locks,
                BoundedCalls::Answers& answers) {
+  const auto deadline = Clock::now() + limit;
   ChildPipe pipe;
   if (const int error = pipe.open(); error != 0) return error;
   std::vector<int> kept(descriptors.begin(), descriptors.end());
@@ -273,7 +281,7 @@ int askInChild(const std::vector<AskedItem>& items, const BoundedCalls::Function
   if (id == 0) {
     ChildProcess::detach(std::move(kept));
     allowDescriptors();
-    Work work{function, items, pipe.writer.get()};
+    Work work{function, items, limit, pipe.writer.get()};
     workOnAll(work);
   }
   const ChildProcess child(id, false);
@@ -295,8 +303,7 @@ BoundedCalls::Answers ForkedCalls::ask(std::span<const BoundedItem> items, const
                                        std::span<const int> descriptors) {
   Answers answers(items.size());
   if (items.empty()) return answers;
-  const auto deadline = Clock::now() + limit;
-  ItemLocks locks(m_lockFolder, limit, deadline);
+  ItemLocks locks(m_lockFolder, limit);
   std::vector<AskedItem> asked;
   asked.reserve(items.size());
   for (std::size_t i = 0; i < items.size(); ++i) {
@@ -308,8 +315,7 @@ BoundedCalls::Answers ForkedCalls::ask(std::span<const BoundedItem> items, const
                 items[i].name.c_str());
   }
   if (asked.empty()) return answers;
-  if (const int error = askInChild(asked, function, deadline, descriptors, locks, answers);
-      error != 0)
+  if (const int error = askInChild(asked, function, limit, descriptors, locks, answers); error != 0)
     BRV_TRACE_ERRNO(kError, error, "Failed to ask in a child process");
   for (const AskedItem& item : asked)
     if (!answers[item.index])

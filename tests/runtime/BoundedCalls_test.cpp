@@ -158,6 +158,15 @@ TEST(BoundedCalls, LocksWhatItAsks) {
   std::thread other([&] { ::usleep(20'000), ::flock(stuck.get(), LOCK_UN); });
   EXPECT_EQ(calls.ask({asked.data(), 1}, held, kLong, {}), BoundedCalls::Answers{"held"});
   other.join();
+  // One that began at the same time and is stuck: its neighbours do not wait for that.
+  ASSERT_EQ(::flock(stuck.get(), LOCK_EX | LOCK_NB), 0);
+  timespec later{};
+  ::clock_gettime(CLOCK_REALTIME, &later);
+  ++later.tv_sec;
+  const timespec taken[2] = {later, later};
+  ASSERT_EQ(::futimens(stuck.get(), taken), 0);
+  EXPECT_EQ(calls.ask({asked.data(), 2}, held, std::chrono::milliseconds(1200), {}),
+            (BoundedCalls::Answers{{}, "held"}));
 
   // One of an earlier process that is still stuck; alone it starts nothing.
   ASSERT_EQ(::flock(stuck.get(), LOCK_EX | LOCK_NB), 0);

@@ -14,6 +14,7 @@
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 #include "providers/inventory/PropertyWriter.h"
 #include "providers/inventory/UserNames.h"
+#include "providers/inventory/readers/CmdLine.h"
 #include "providers/inventory/readers/PidStat.h"
 #include "providers/inventory/readers/PidStatus.h"
 
@@ -232,16 +233,11 @@ class ProcessWriter {
       m_writer.text("CPUTime", {});
   }
 
-  // Arguments are ended by zero bytes, which are blanks in a text. Kernel threads and processes
-  // that have ended have none.
   void writeCommandLine(const Process& process) {
     std::string_view line;
-    if (process.commandLine) line = cleanText(*process.commandLine, m_clean, kLongestCommandLine);
-    if (line.empty() && process.commandLine && process.stat) {
-      m_text = "[";
-      m_text.append(cleanText(process.stat->name, m_clean)).append("]");
-      line = m_text;
-    }
+    if (process.commandLine)
+      line = process.stat ? readCommandLine(*process.commandLine, process.stat->name, m_clean)
+                          : cleanText(*process.commandLine, m_clean, kLongestCommandLine);
     m_writer.name("CommandLine", line);
   }
 
