@@ -2,7 +2,6 @@
 #include "broker/CmpiBroker_Value.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 
 #include "broker/CmpiBroker_Array.h"
@@ -11,6 +10,7 @@
 #include "cimobject/CIMUtil.h"
 #include "cimobject/TextFunctions.h"
 #include "cmpi/CmpiTypes.h"
+#include "runtime/RealNumber.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -66,13 +66,11 @@ bool parse(std::string_view text, Number& number) {
   return error == std::errc() && rest == end && !text.empty();
 }
 
-// strtod instead of from_chars: the latter brings the mathematics library into every start.
 template <class Real>
 bool parseReal(std::string_view text, Real& number) {
-  const std::string copy(text);
-  char* end = nullptr;
-  number = static_cast<Real>(std::strtod(copy.c_str(), &end));
-  return !copy.empty() && *end == '\0' && end != copy.c_str();
+  const auto real = readReal(text);
+  if (real) number = static_cast<Real>(*real);
+  return real.has_value();
 }
 
 // Parses a scalar's text into `value`; false when it is no value of the type.

@@ -3,9 +3,9 @@
 
 #include <charconv>
 #include <compare>
-#include <cstdlib>
 
 #include "cimobject/TextFunctions.h"
+#include "runtime/RealNumber.h"
 
 namespace brv {
 
@@ -35,15 +35,6 @@ std::optional<std::int64_t> toInteger(std::string_view text) {
   std::int64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
-// strtod, since from_chars for floating point makes the program load the mathematics library.
-std::optional<double> toReal(std::string_view text) {
-  const std::string terminated(text);
-  char* end = nullptr;
-  const double number = std::strtod(terminated.c_str(), &end);
-  if (text.empty() || end != terminated.c_str() + text.size()) return std::nullopt;
   return number;
 }
 
@@ -224,7 +215,7 @@ bool CIMObject::evaluateOperation(Operator operation, std::string_view name,
   const std::string_view own = entry->value.view();
   const std::string_view type = entry->type.view();
   if (type == "double" || type == "float")
-    return holds(operation, compare(toReal(own), toReal(value)));
+    return holds(operation, compare(readReal(own), readReal(value)));
   if (type == "int") return holds(operation, compare(toInteger(own), toInteger(value)));
   return holds(operation, own <=> value);
 }

@@ -147,10 +147,13 @@ auto createMI(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus* 
 
 }  // namespace brv
 
-/// Defines the entry point `<name>_Create_InstanceMI` for the provider class `Provider`. Placed
-/// outside of any namespace.
-#define BRV_INSTANCE_MI_FACTORY(Provider, name)                                                    \
-  extern "C" CMPIInstanceMI* name##_Create_InstanceMI(                                             \
-      const CMPIBroker* broker, const CMPIContext* context, CMPIStatus* status) {                  \
-    return ::brv::CmpiBinding::createMI<Provider, ::brv::CmpiInstanceMI>(broker, context, status); \
+/// Define the entry points `<name>_Create_InstanceMI` and `<name>_Create_AssociationMI` for the
+/// provider class `Provider`. Placed outside of any namespace.
+#define BRV_INSTANCE_MI_FACTORY(Provider, name) BRV_MI_FACTORY(Provider, name, InstanceMI)
+#define BRV_ASSOCIATION_MI_FACTORY(Provider, name) BRV_MI_FACTORY(Provider, name, AssociationMI)
+
+#define BRV_MI_FACTORY(Provider, name, Kind)                                                    \
+  extern "C" CMPI##Kind* name##_Create_##Kind(const CMPIBroker* broker,                         \
+                                              const CMPIContext* context, CMPIStatus* status) { \
+    return ::brv::CmpiBinding::createMI<Provider, ::brv::Cmpi##Kind>(broker, context, status);  \
   }

@@ -4,8 +4,6 @@
 #include <dlfcn.h>
 #include <unwind.h>
 
-#include "runtime/Trace.h"
-
 namespace brv {
 
 namespace {
@@ -13,6 +11,13 @@ namespace {
 const char* loaderText() {
   const char* text = dlerror();
   return text ? text : "no reason given";
+}
+
+void traceFailure(trace::Level level, const char* what, const std::string& name,
+                  const trace::Place& place = trace::Place::current()) {
+  if (trace::enabled(level))
+    trace::write(level, place.file, place.line, "Failed to %s %s: %s\n", what, name.c_str(),
+                 loaderText());
 }
 
 // A library with an unwinder of its own (-static-libgcc) throws through this program's frames. That
@@ -23,10 +28,10 @@ void startUnwinder() {
 
 }  // namespace
 
-int LibraryLoader::open(const std::string& path, void*& handle) {
+int LibraryLoader::open(const std::string& path, void*& handle, trace::Level level) {
   void* opened = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!opened) {
-    BRV_TRACE(kError, "Failed to open library %s: %s\n", path.c_str(), loaderText());
+    traceFailure(level, "open library", path);
     return kOpenFailed;
   }
   startUnwinder();
@@ -34,10 +39,11 @@ int LibraryLoader::open(const std::string& path, void*& handle) {
   return kOk;
 }
 
-int LibraryLoader::symbol(void* handle, const std::string& name, void*& address) {
+int LibraryLoader::symbol(void* handle, const std::string& name, void*& address,
+                          trace::Level level) {
   void* found = dlsym(handle, name.c_str());
   if (!found) {
-    BRV_TRACE(kError, "Failed to find symbol %s: %s\n", name.c_str(), loaderText());
+    traceFailure(level, "find symbol", name);
     return kSymbolMissing;
   }
   address = found;

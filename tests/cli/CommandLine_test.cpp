@@ -150,7 +150,8 @@ TEST(CommandLine, ARequestReachesItsClassInItsNamespace) {
       {"-a -c A -C BRV_MetricValue", 1, "", error("Internal error")},
       {"-exec m -c Nope -prop a=b -args c=d", 1, "", noProvider("Nope")},
       {"-x m -c BRV_MetricValue -p a=b -i c=(uint8)1", 1, "", error("Internal error")},
-      {"-olmod -swpackages -swpatches", 1, "", noProvider("BRV_OLMODVirtualComputerSystem")},
+      {"-olmod -swpackages -swpatches", 1, "",
+       error("Failed to enumerate BRV_OLMODVirtualComputerSystem")},
   });
 }
 

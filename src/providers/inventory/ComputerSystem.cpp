@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <span>
@@ -9,15 +7,16 @@
 #include <vector>
 
 #include "providers/CmpiProviderUtil.h"
-#include "providers/HostMemory.h"
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 #include "providers/inventory/CpuTopology.h"
 #include "providers/inventory/Firmware.h"
 #include "providers/inventory/FirstLine.h"
+#include "providers/inventory/MachineFacts.h"
 #include "providers/inventory/PropertyWriter.h"
 #include "providers/inventory/readers/CalendarDay.h"
-#include "providers/inventory/readers/CpuInfo.h"
-#include "providers/inventory/readers/Uuid.h"
+#include "providers/virt/detect/CmpiVirtualizationDetector.h"
+#include "providers/virt/detect/Uuid.h"
+#include "providers/virt/detect/virtinfo.h"
 
 namespace brv {
 
@@ -29,8 +28,8 @@ struct FirmwareText {
 };
 
 constexpr FirmwareText kSystem[] = {
-    {"Manufacturer", {"sys_vendor", "vendor", &ProcSysinfo::manufacturer}},
-    {"Model", {"product_name", "model", &ProcSysinfo::model}},
+    {"Manufacturer", kManufacturer},
+    {"Model", kModel},
     {"Version", {"product_version"}},
     {"ProductFamily", {"product_family"}},
     {"SKU", {"product_sku"}},
@@ -57,50 +56,6 @@ void setTexts(PropertyWriter& properties, Firmware& firmware, std::span<const Fi
   for (const FirmwareText& text : texts) properties.name(text.property, firmware.text(text.source));
 }
 
-// Those that are online, by number.
-std::vector<std::uint32_t> processors(const HostFiles& files, const std::string& machine) {
-  constexpr const char* kPath = "/proc/cpuinfo";
-  if (auto online = listCpus(files, "online")) return *std::move(online);
-  std::vector<std::uint32_t> numbers;
-  FileBuffer buffer;
-  if (const int error = files.read(kPath, buffer))
-    BRV_TRACE(kWarning, "%s: %s\n", kPath, std::strerror(error));
-  OddLines odd;
-  for (const Cpu& cpu : readCpuInfo(buffer.view(), cpuPlatform(machine), odd))
-    numbers.push_back(cpu.number);
-  traceOddLines(kPath, odd);
-  return numbers;
-}
-
-std::optional<std::uint64_t> totalMemory(const HostFiles& files) {
-  MemInfo memory{};
-  return getMemInfo(&memory, files) ? std::optional(memory.total) : std::nullopt;
-}
-
-std::string machineUuid(const HostFiles& files, Firmware& firmware) {
-  // Of a Xen guest, for every user.
-  constexpr const char* kHypervisor = "/sys/hypervisor/uuid";
-  constexpr Firmware::Source kSources[] = {
-      {"product_uuid"},
-      {},
-      {nullptr, "vm,uuid"},
-      {nullptr, nullptr, &ProcSysinfo::vmUuid},
-      {nullptr, nullptr, &ProcSysinfo::lparUuid},
-  };
-  FileBuffer buffer;
-  for (const Firmware::Source& source : kSources) {
-    const bool hypervisor = &source == &kSources[1];
-    const std::string_view text = hypervisor
-                                      ? readFirstLine(files, kHypervisor, buffer, trace::kDetail)
-                                      : firmware.text(source);
-    if (text.empty()) continue;
-    if (auto uuid = readUuid(text)) return *std::move(uuid);
-    BRV_TRACE(kWarning, "invalid uuid '%.*s'\n",
-              static_cast<int>(std::min<std::size_t>(text.size(), 64)), text.data());
-  }
-  return {};
-}
-
 std::string_view machineId(const HostFiles& files, FileBuffer& buffer) {
   const std::string_view id = readFirstLine(files, "/etc/machine-id", buffer);
   return isHexadecimal(id, 32) ? id : std::string_view();
@@ -121,6 +76,13 @@ std::optional<std::int64_t> biosDay(Firmware& firmware) {
   return readCalendarDay(text.substr(6) + '-' + text.substr(0, 2) + '-' + text.substr(3, 2));
 }
 
+void setVirtualization(PropertyWriter& properties, const CmpiVirtualizationDetector& detector) {
+  properties.boolean("Virtual", detector.virtualizationType() != VIRT_METHOD_NONE);
+  properties.name("VirtualizationType", GetVirtName(detector.virtualizationType()));
+  if (detector.cloudPlatform() != CLOUD_PLATFORM_NONE)
+    properties.name("CloudPlatform", GetCloudNameHRF(detector.cloudPlatform()));
+}
+
 }  // namespace
 
 void CmpiOLMODDataProviderLinux::enumComputerSystem(CmpiResult& result) {
@@ -131,12 +93,13 @@ void CmpiOLMODDataProviderLinux::enumComputerSystem(CmpiResult& result) {
 
   properties.name("ElementName", getHostname());
   getCPUArchitecture(instance);
-  const std::vector<std::uint32_t> cpus = processors(files(), identity().machine);
+  const std::vector<std::uint32_t> cpus = onlineProcessors(files(), identity().machine);
   const CpuCounts counts = countCpus(readCpuTopology(files(), cpus));
   if (!cpus.empty())
     properties.number("NumberOfLogicalProcessors",
                       std::optional(static_cast<std::uint32_t>(cpus.size())));
   properties.number("TotalPhysicalMemory", totalMemory(files()));
+  setVirtualization(properties, host().detector());
   getFQDName(instance);
   properties.number("NumberOfProcessors", counts.packages);
   properties.number("NumberOfCores", counts.cores);

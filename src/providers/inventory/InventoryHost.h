@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
+
 #include "runtime/BoundedCalls.h"
 #include "runtime/CommandRunner.h"
 #include "runtime/HostFiles.h"
@@ -9,6 +11,8 @@
 #include "runtime/NameService.h"
 
 namespace brv {
+
+class CmpiVirtualizationDetector;
 
 /// The host as the inventory sees it: everything that is asked about it goes through one of these,
 /// so a recorded host needs nothing of the machine that reports it. What it refers to must outlive
@@ -22,6 +26,8 @@ struct InventoryHost {
   HostNetwork* network;
   NameService* names;
   HostIdentity identity;
+  /// Asked by the class that reports it alone: the first call looks at the machine.
+  std::function<const CmpiVirtualizationDetector&()> detector;
 
   /// The one of this process, now.
   static InventoryHost process();

@@ -24,8 +24,13 @@ class Maker : public CmpiOLMODDataProvider {
   Maker(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context),
         CmpiOLMODDataProvider(broker, context,
-                              {HostFiles::process(), CommandRunner::process(),
-                               BoundedCalls::process(), nullptr, nullptr, s_identity}) {}
+                              {HostFiles::process(),
+                               CommandRunner::process(),
+                               BoundedCalls::process(),
+                               nullptr,
+                               nullptr,
+                               s_identity,
+                               {}}) {}
   CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath&,
                            const char**) override {
     m_context = &context;

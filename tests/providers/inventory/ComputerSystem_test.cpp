@@ -45,6 +45,13 @@ TEST(ComputerSystem, TextsThatMakeNoSenseAreAbsent) {
         << c.content;
 }
 
+TEST(ComputerSystem, AloneLooksForAHypervisor) {
+  const RecordedHost host(kPump1 + "== file /sys/hypervisor/type\nxen\n");
+  host.list("BRV_OLMODOperatingSystem");
+  EXPECT_FALSE(host.detected());
+  EXPECT_EQ(columns(host.list(kClass), {"VirtualizationType"}), "VIRT_METHOD_XEN|\n");
+}
+
 TEST(ComputerSystem, NamesOfAddresses) {
   const std::string network = kPump1 + R"(
 == names

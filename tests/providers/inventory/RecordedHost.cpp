@@ -145,6 +145,14 @@ RecordedHost::RecordedHost(std::string_view text) {
     } else if (kind == "names") {
       m_names = std::make_unique<Names>();
       for (const std::string& entry : body) m_names->add(entry);
+    } else if (kind == "cpuid") {
+      for (const std::string& entry : body) {
+        std::istringstream numbers(entry);
+        std::uint32_t leaf = 0;
+        CpuidLeaf answer;
+        numbers >> std::hex >> leaf >> answer.eax >> answer.ebx >> answer.ecx >> answer.edx;
+        m_cpuid[leaf] = answer;
+      }
     } else if (kind == "silent") {
       silent.insert(body.begin(), body.end());
     } else {
@@ -161,7 +169,28 @@ RecordedHost::RecordedHost(std::string_view text) {
 RecordedHost::~RecordedHost() = default;
 
 InventoryHost RecordedHost::host() const {
-  return {*m_files, *m_commands, *m_calls, m_network.get(), m_names.get(), m_identity};
+  return {*m_files,
+          *m_commands,
+          *m_calls,
+          m_network.get(),
+          m_names.get(),
+          m_identity,
+          [this]() -> const CmpiVirtualizationDetector& { return detector(); }};
+}
+
+// No metadata service answers.
+const CmpiVirtualizationDetector& RecordedHost::detector() const {
+  if (m_detector == nullptr) {
+    VirtHost host(
+        *m_files,
+        [this](std::uint32_t leaf) {
+          const auto found = m_cpuid.find(leaf);
+          return found == m_cpuid.end() ? CpuidLeaf() : found->second;
+        },
+        [](std::string_view, const MetadataLimits&) { return MetadataAnswer(); });
+    m_detector = std::make_unique<CmpiVirtualizationDetector>(host);
+  }
+  return *m_detector;
 }
 
 namespace {

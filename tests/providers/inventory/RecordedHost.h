@@ -9,6 +9,7 @@
 #include "cimobject/CIMObject.h"
 #include "cimobject/List.h"
 #include "providers/inventory/InventoryHost.h"
+#include "providers/virt/detect/CmpiVirtualizationDetector.h"
 #include "support/InlineCalls.h"
 #include "support/RecordedCommands.h"
 #include "support/RunProgram.h"
@@ -28,6 +29,7 @@ namespace brv::test {
 ///     == addresses                  lines "index address/prefix [up] [loopback]"
 ///     == drivers                    lines "interface member value", the members of InterfaceDriver
 ///     == names                      lines "canonical|address|user ASKED ANSWER"
+///     == cpuid                      lines "leaf eax ebx ecx edx", hexadecimal; other leaves are 0
 ///     == silent                     lines: names of items of bounded calls that never answer
 ///
 /// Lines before the first section are comment. The node name is in /etc/hostname too. Without
@@ -44,6 +46,8 @@ class RecordedHost {
   /// What commands were asked for.
   const std::vector<std::string>& ran() const { return m_commands->ran; }
   InlineCalls& calls() const { return *m_calls; }
+  /// Whether it was asked whose guest it is.
+  bool detected() const { return m_detector != nullptr; }
 
   /// What BRV_OLMODDataProvider reports for a class, through the broker. Throws the broker's
   /// exceptions.
@@ -57,6 +61,8 @@ class RecordedHost {
   class Network;
   class Names;
 
+  const CmpiVirtualizationDetector& detector() const;
+
   TemporaryFolder m_folder;
   std::unique_ptr<HostFiles> m_files;
   std::unique_ptr<RecordedCommands> m_commands;
@@ -64,6 +70,8 @@ class RecordedHost {
   std::unique_ptr<Network> m_network;
   std::unique_ptr<Names> m_names;
   HostIdentity m_identity;
+  std::map<std::uint32_t, CpuidLeaf> m_cpuid;
+  mutable std::unique_ptr<CmpiVirtualizationDetector> m_detector;
 };
 
 }  // namespace brv::test

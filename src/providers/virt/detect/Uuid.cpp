@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/inventory/readers/Uuid.h"
+#include "providers/virt/detect/Uuid.h"
 
 #include <algorithm>
 

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "providers/virt/kvmxen/CMetricsDisk.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "providers/readers/LineScanner.h"
+#include "providers/virt/kvmxen/MetricsDiskReader.h"
+#include "runtime/Descriptor.h"
+#include "runtime/Trace.h"
+
+namespace brv {
+
+namespace {
+
+constexpr const char* kBlockDevices = "/sys/block";
+constexpr const char* kPartitions = "/proc/partitions";
+constexpr const char* kSwaps = "/proc/swaps";
+constexpr std::chrono::seconds kSignatureTime{2};
+// Beyond what any kernel has; the device says it.
+constexpr int kLargestBlock = 1024 * 1024;
+
+// `what` names the failure around the path that it has for %s.
+void errout(trace::Level level, const char* what, const std::string& path, int error,
+            const trace::Place& place = trace::Place::current()) {
+  if (!trace::enabled(level)) return;
+  std::string text = what;
+  text.replace(text.find("%s"), 2, path);
+  const char* slash = std::strrchr(place.file, '/');
+  trace::write(level, place.file, place.line, "ERROR (%s/%d): %s\nOS[%03d]: `%s'\n",
+               slash != nullptr ? slash + 1 : place.file, place.line, text.c_str(), error,
+               std::strerror(error));
+}
+
+Descriptor openBelow(const HostFiles& files, const std::string& path, int flags) {
+  for (;;) {
+    const int fd = files.hasOwnRoot() ? HostFiles::openByHand(files.rootDescriptor(), path, flags)
+                                      : ::open(path.c_str(), flags);
+    if (fd >= 0 || errno != EINTR) return Descriptor(fd);
+  }
+}
+
+// Opened so that every look shows what the host has there now, not what this guest read before.
+Descriptor openDisk(const HostFiles& files, const std::string& path) {
+  return openBelow(files, path, O_RDONLY | O_DIRECT | O_CLOEXEC | O_NOCTTY);
+}
+
+// The size of the reads: two kilobytes, unless the device only reads larger blocks.
+std::size_t blockSizeOf(int disk) {
+  int logical = 0;
+  if (::ioctl(disk, BLKSSZGET, &logical) != 0 || logical > kLargestBlock ||
+      (logical & (logical - 1)) != 0)
+    logical = 0;
+  return std::max<std::size_t>(static_cast<std::size_t>(logical), MetricsDiskReader::kBlock);
+}
+
+ssize_t readn(int disk, std::span<char> to, off_t at) {
+  std::size_t done = 0;
+  while (done < to.size()) {
+    const ssize_t got =
+        ::pread(disk, to.data() + done, to.size() - done, at + static_cast<off_t>(done));
+    if (got == 0) break;
+    if (got > 0)
+      done += static_cast<std::size_t>(got);
+    else if (errno != EINTR)
+      return -1;
+  }
+  return static_cast<ssize_t>(done);
+}
+
+MetricsDiskReader readerOf(int disk) {
+  return {[disk](std::span<char> to, off_t at) { return readn(disk, to, at); }, blockSizeOf(disk)};
+}
+
+// Tells which disks need no look: those without a medium, and those that hold something else than
+// metrics because parts of the system are on them. To ask a disk itself takes a child process,
+// which costs far more than all of this.
+class DiskSieve {
+ public:
+  explicit DiskSieve(const HostFiles& files) : m_files(files) {
+    read(kSwaps, m_swaps);
+    read(kPartitions, m_partitions);
+    for (LineScanner lines(m_partitions.view()); lines.next();) {
+      FieldScanner fields(lines.line());
+      std::string_view name;
+      while (!fields.atEnd()) name = fields.word();
+      m_withMedium.push_back(name);
+    }
+    std::sort(m_withMedium.begin(), m_withMedium.end());
+  }
+
+  bool passes(const std::string& name) const {
+    const std::string path = "/sys/block/" + name;
+    return hasMedium(name) && !isMounted(name) && !isSwap(name) && !isPartOfAnother(path) &&
+           !hasPartitions(path, name);
+  }
+
+ private:
+  void read(const char* path, FileBuffer& content) const {
+    if (const int error = m_files.read(path, content))
+      BRV_TRACE(kDetail, "%s: %s\n", path, std::strerror(error));
+  }
+
+  // Unattached loop devices, of which any host has eight, and empty drives are not in the list.
+  bool hasMedium(std::string_view name) const {
+    return m_withMedium.empty() ||
+           std::binary_search(m_withMedium.begin(), m_withMedium.end(), name);
+  }
+
+  // By the file systems that have a folder for each of their devices.
+  bool isMounted(const std::string& name) const {
+    int error = 0;
+    for (const char* folder : {"/sys/fs/ext4/", "/sys/fs/xfs/", "/sys/fs/f2fs/"})
+      if (m_files.openFolder((folder + name).c_str(), error)) return true;
+    return false;
+  }
+
+  bool isSwap(const std::string& name) const {
+    const std::string start = "/dev/" + name + ' ';
+    for (LineScanner lines(m_swaps.view()); lines.next();)
+      if (lines.line().starts_with(start)) return true;
+    return false;
+  }
+
+  // Of a logical volume, an array or several paths to one disk.
+  bool isPartOfAnother(const std::string& path) const {
+    return hasEntry(path + "/holders", [](std::string_view) { return true; });
+  }
+
+  bool hasPartitions(const std::string& path, const std::string& name) const {
+    return hasEntry(path, [&](std::string_view entry) { return entry.starts_with(name); });
+  }
+
+  template <class Matches>
+  bool hasEntry(const std::string& path, Matches matches) const {
+    int error = 0;
+    const auto folder = m_files.openFolder(path.c_str(), error);
+    bool found = false;
+    if (folder) folder->list([&](const char* name) { found = found || matches(name); });
+    return found;
+  }
+
+  const HostFiles& m_files;
+  FileBuffer m_swaps;
+  FileBuffer m_partitions;
+  std::vector<std::string_view> m_withMedium;  // by name; empty: not known
+};
+
+// A probe's answer is one character: one of these or the errno value of a failed open.
+constexpr int kMetricsDisk = 0;
+constexpr int kOtherDisk = 255;
+
+int probe(const HostFiles& files, const std::string& path) {
+  const Descriptor disk = openDisk(files, path);
+  if (disk.get() < 0) return errno;
+  return readerOf(disk.get()).hasSignature() ? kMetricsDisk : kOtherDisk;
+}
+
+// Without device, driver or medium.
+bool isAbsent(int error) {
+  return error == ENOENT || error == ENXIO || error == ENODEV || error == ENOMEDIUM;
+}
+
+}  // namespace
+
+CMetricsDisk::CMetricsDisk(const HostFiles& files, CommandRunner& commands, BoundedCalls& calls,
+                           std::string dumpCommand)
+    : m_files(files), m_commands(commands), m_calls(calls), m_dumpCommand(std::move(dumpCommand)) {}
+
+bool CMetricsDisk::ExecVmDumpMetrics(std::string& document) const {
+  document.clear();
+  CommandResult result{CommandResult::End::kNotStarted, ENOENT};
+  if (openBelow(m_files, m_dumpCommand, O_PATH | O_CLOEXEC).get() >= 0)
+    result = m_commands.run({m_dumpCommand}, [&document](std::string_view line) {
+      document += line;
+      document += '\n';
+    });
+  if (result.end == CommandResult::End::kNotStarted) {
+    BRV_TRACE(kWarning, "Popen() on %s failed\n", m_dumpCommand.c_str());
+  } else if (!result.succeeded()) {
+    BRV_TRACE(kWarning, "Pclose() on %s failed\n", m_dumpCommand.c_str());
+    document.clear();
+  }
+  document.resize(std::min(document.find('\0'), document.size()));
+  return !document.empty();
+}
+
+// The devices that can be asked at all, by their names.
+std::vector<BoundedItem> CMetricsDisk::candidates() const {
+  std::vector<BoundedItem> found;
+  int error = 0;
+  const auto folder = m_files.openFolder(kBlockDevices, error);
+  if (error == 0) {
+    const DiskSieve sieve(m_files);
+    error = folder->list([&](const char* name) {
+      if (*name == '.' || !sieve.passes(name)) return;
+      std::string path = std::string("/dev/") + name;
+      struct stat status {};
+      const Descriptor node = openBelow(m_files, path, O_PATH | O_CLOEXEC);
+      if (node.get() < 0 || ::fstat(node.get(), &status) != 0 || !S_ISBLK(status.st_mode)) return;
+      found.push_back({std::move(path), "disk-" + std::to_string(major(status.st_rdev)) + ':' +
+                                            std::to_string(minor(status.st_rdev))});
+    });
+  }
+  if (error != 0) errout(trace::kWarning, "Opening %s failed", kBlockDevices, error);
+  std::sort(found.begin(), found.end(),
+            [](const BoundedItem& a, const BoundedItem& b) { return a.name < b.name; });
+  return found;
+}
+
+bool CMetricsDisk::ReadMetrics(std::string& document) const {
+  document.clear();
+  const std::vector<BoundedItem> disks = candidates();
+  if (disks.empty()) return false;
+  const int root[] = {m_files.rootDescriptor()};
+  const auto answers = m_calls.ask(
+      disks,
+      [&](std::size_t item) {
+        return std::string(1, static_cast<char>(probe(m_files, disks[item].name)));
+      },
+      kSignatureTime, m_files.hasOwnRoot() ? std::span<const int>(root) : std::span<const int>());
+  for (std::size_t i = 0; i < disks.size(); ++i) {
+    if (!answers[i] || answers[i]->size() != 1) continue;
+    const int answer = static_cast<unsigned char>(answers[i]->front());
+    if (answer == kMetricsDisk) return readDisk(disks[i].name, document);
+    if (answer != kOtherDisk && !isAbsent(answer))
+      errout(trace::kWarning, "Can't open %s", disks[i].name, answer);
+  }
+  return false;
+}
+
+bool CMetricsDisk::readDisk(const std::string& path, std::string& document) const {
+  const Descriptor disk = openDisk(m_files, path);
+  const int error = disk.get() < 0 ? errno : readerOf(disk.get()).read(document);
+  if (error != 0) errout(trace::kError, "Can't read %s", path, error);
+  return error == 0;
+}
+
+}  // namespace brv

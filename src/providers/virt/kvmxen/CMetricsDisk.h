@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "runtime/BoundedCalls.h"
+#include "runtime/CommandRunner.h"
+#include "runtime/HostFiles.h"
+
+namespace brv {
+
+/// Where a KVM or Xen guest finds the metrics document that its host publishes for it: the output
+/// of a helper command, or a small block device. What it refers to has to outlive it.
+class CMetricsDisk {
+ public:
+  static constexpr const char* kDumpCommand = "/usr/sbin/vm-dump-metrics";
+
+  explicit CMetricsDisk(const HostFiles& files = HostFiles::process(),
+                        CommandRunner& commands = CommandRunner::process(),
+                        BoundedCalls& calls = BoundedCalls::process(),
+                        std::string dumpCommand = kDumpCommand);
+
+  /// Whether the command ran, succeeded and printed the document. Where its file does not exist,
+  /// nothing is started.
+  bool ExecVmDumpMetrics(std::string& document) const;
+  /// Whether one of the host's block devices is a metrics disk, the first by its name, and its
+  /// document was read. Devices that do not answer within 2 s are passed over. Once a device has
+  /// told that it is the one, this waits for it as long as it takes.
+  bool ReadMetrics(std::string& document) const;
+
+ private:
+  std::vector<BoundedItem> candidates() const;
+  bool readDisk(const std::string& path, std::string& document) const;
+
+  const HostFiles& m_files;
+  CommandRunner& m_commands;
+  BoundedCalls& m_calls;
+  std::string m_dumpCommand;
+};
+
+}  // namespace brv

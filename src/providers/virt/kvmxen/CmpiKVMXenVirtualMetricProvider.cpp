@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "providers/virt/kvmxen/CmpiKVMXenVirtualMetricProvider.h"
+
+#include "providers/virt/GuestView.h"
+
+namespace brv {
+
+CmpiStatus CmpiKVMXenVirtualMetricProvider::initialize(const CmpiContext& context) {
+  CmpiStatus status = CmpiVirtualMetricProvider::initialize(context);
+  m_collector = std::make_unique<CmpiProviderKVMXenDataCollector>(host());
+  return status;
+}
+
+bool CmpiKVMXenVirtualMetricProvider::isSourceReadable() {
+  return m_collector->tryGetMetricData();
+}
+
+bool CmpiKVMXenVirtualMetricProvider::readFigures(VirtualFigures& figures) {
+  if (!m_collector->tryGetMetricData()) return false;
+  setFigures(m_collector->GetKvmXenVirtInfo(), figures);
+  figures.takenAt = m_collector->GetKvmXenVirtInfo().sampleTime;
+  figures.stealMs = readGuestTimes(host().files).stealMs;
+  return true;
+}
+
+}  // namespace brv
+
+BRV_INSTANCE_MI_FACTORY(brv::CmpiKVMVirtualMetricProvider, BRVKVM_VirtualMetricProvider)
+BRV_INSTANCE_MI_FACTORY(brv::CmpiXenVirtualMetricProvider, BRVXen_VirtualMetricProvider)

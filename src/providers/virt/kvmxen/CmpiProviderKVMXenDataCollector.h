@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "providers/inventory/InventoryHost.h"
+#include "providers/virt/kvmxen/CMetricsDisk.h"
+#include "providers/virt/kvmxen/KvmXenVirtInfo.h"
+
+namespace brv {
+
+/// The data source of the providers for KVM and Xen guests: what the host's metrics document says,
+/// as of the last call of GetMetricData().
+class CmpiProviderKVMXenDataCollector {
+ public:
+  explicit CmpiProviderKVMXenDataCollector(const InventoryHost& host)
+      : CmpiProviderKVMXenDataCollector(host.files,
+                                        CMetricsDisk(host.files, host.commands, host.calls)) {}
+  /// `files` is where the guest's UUID is read; it has to outlive the collector.
+  CmpiProviderKVMXenDataCollector(const HostFiles& files, const CMetricsDisk& source)
+      : m_files(files), m_source(source) {}
+
+  /// Reads the document anew. Throws a CmpiStatus when there is none or it cannot be parsed; what
+  /// was known before is forgotten then too. May wait for the host, see CMetricsDisk.
+  void GetMetricData();
+  /// The same; false when it failed, with the cause on the trace.
+  bool tryGetMetricData();
+  bool GetVmGuid(std::string& uuid) const { return readVmGuid(m_files, uuid); }
+
+  const KvmXenVirtInfo& GetKvmXenVirtInfo() const { return m_info; }
+
+ private:
+  const HostFiles& m_files;
+  CMetricsDisk m_source;
+  KvmXenVirtInfo m_info;
+};
+
+}  // namespace brv

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "providers/virt/vmware/StatisticsTree.h"
+
+#include <functional>
+#include <initializer_list>
+#include <new>
+#include <pugixml.hpp>
+#include <utility>
+
+#include "providers/readers/LineScanner.h"
+
+namespace brv {
+
+struct StatisticsTree::Document {
+  pugi::xml_document xml;
+};
+
+namespace {
+
+// A document type is kept in the tree only to be seen and refused.
+constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_doctype;
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == text.npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+// Walks the elements in the order of the document until `enter` says no. Without recursion, since
+// the depth is the host's; false when that is beyond `deepest`.
+template <class Enter>
+bool walk(const pugi::xml_node& root, int deepest, Enter enter) {
+  int depth = 1;
+  for (pugi::xml_node node = root.first_child(); node;) {
+    if (node.type() == pugi::node_element) {
+      if (depth > deepest) return false;
+      if (!enter(node)) return true;
+    }
+    if (const pugi::xml_node child = node.first_child()) {
+      ++depth;
+      node = child;
+      continue;
+    }
+    while (node != root && !node.next_sibling()) {
+      node = node.parent();
+      --depth;
+    }
+    if (node != root)
+      node = node.next_sibling();
+    else
+      break;
+  }
+  return true;
+}
+
+// The first of these that the element says, as attribute or as child.
+std::string_view said(const pugi::xml_node& element, std::initializer_list<const char*> names) {
+  for (const char* name : names) {
+    if (const pugi::xml_attribute attribute = element.attribute(name))
+      return trimmed(attribute.value());
+    if (const pugi::xml_node child = element.child(name)) return trimmed(child.text().get());
+  }
+  return {};
+}
+
+bool addName(std::string_view name, std::size_t limit, std::vector<std::string>& names) {
+  name = trimmed(name);
+  if (!name.empty() && names.size() < limit) names.emplace_back(name);
+  return names.size() < limit;
+}
+
+bool addLines(std::string_view text, std::size_t limit, std::vector<std::string>& names) {
+  LineScanner lines(text);
+  while (lines.next())
+    if (!addName(lines.line(), limit, names)) return false;
+  return true;
+}
+
+}  // namespace
+
+StatisticsTree::StatisticsTree(std::unique_ptr<Document> document)
+    : m_document(std::move(document)) {}
+
+StatisticsTree::~StatisticsTree() = default;
+
+std::unique_ptr<StatisticsTree> StatisticsTree::parse(std::string_view answer) {
+  if (answer.size() > kLargestAnswer) return nullptr;
+  const std::size_t last = answer.find_last_not_of('\0');
+  answer = answer.substr(0, last == answer.npos ? 0 : last + 1);
+  auto document = std::make_unique<Document>();
+  pugi::xml_document& xml = document->xml;
+  const pugi::xml_parse_result result =
+      xml.load_buffer(answer.data(), answer.size(), kParseOptions, pugi::encoding_utf8);
+  if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+  if (!result) return nullptr;
+  for (const pugi::xml_node& node : xml.children())
+    if (node.type() == pugi::node_doctype) return nullptr;
+  if (!walk(xml, kDeepest, [](const pugi::xml_node&) { return true; })) return nullptr;
+  return std::unique_ptr<StatisticsTree>(new StatisticsTree(std::move(document)));
+}
+
+std::vector<std::string> StatisticsTree::names(std::string_view answer, std::size_t limit) {
+  std::vector<std::string> found;
+  if (answer.size() > kLargestAnswer) return found;
+  const std::unique_ptr<StatisticsTree> tree = parse(answer);
+  if (tree == nullptr) {
+    const std::string_view lines = answer.substr(0, answer.find('\0'));
+    if (!trimmed(lines).starts_with('<')) addLines(lines, limit, found);
+    return found;
+  }
+  walk(tree->m_document->xml, kDeepest, [&](const pugi::xml_node& element) {
+    if (const pugi::xml_attribute name = element.attribute("name"))
+      return addName(name.value(), limit, found);
+    return addLines(element.text().get(), limit, found);
+  });
+  return found;
+}
+
+bool find_metric_VMware(const char* name, const StatisticsTree& tree, s_metric* result) {
+  pugi::xml_node metric;
+  walk(tree.m_document->xml, StatisticsTree::kDeepest, [&](const pugi::xml_node& element) {
+    if (element.name() != std::string_view("metric") || said(element, {"name"}) != name)
+      return true;
+    metric = element;
+    return false;
+  });
+  if (!metric) return false;
+  std::string_view value = said(metric, {"property", "value"});
+  if (value.empty()) value = trimmed(metric.text().get());
+  *result = {};
+  result->name = name;
+  result->value = value;
+  result->type = said(metric, {"type"});
+  result->unit = said(metric, {"units", "unit"});
+  return true;
+}
+
+}  // namespace brv
