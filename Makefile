@@ -95,9 +95,9 @@ golden: ## build what is shipped with the tests, run those that start the progra
 	@$(call build,release-tests,$(TEST_PACKAGES),cli_tests inventory_tests runtime_tests)
 	@ctest --test-dir build/release-tests --output-on-failure --no-tests=error -j $$(nproc) -R '^(cli|inventory|runtime)\.'
 
-memcheck: release ## valgrind over one run of every operation of what is shipped
-	@$(call need,valgrind)
-	@scripts/memcheck build/release/$(PROGRAM)
+memcheck: ## valgrind over one run of every operation of what is shipped
+	@$(call build,release-tests,$(TEST_PACKAGES),brvcimb)
+	@scripts/memcheck build/release-tests/$(PROGRAM)
 
 fuzz: ## run every fuzz target for SECONDS_EACH (60) seconds
 	@$(call build,fuzz,$(CLANG_PACKAGES))

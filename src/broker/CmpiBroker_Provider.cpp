@@ -196,7 +196,7 @@ void CmpiBroker_Provider::throwStatus(const CMPIStatus& status) {
 }
 
 template <class MI, class Factory>
-MI* CmpiBroker_Provider::createMI(Factory factory, const char* kind) {
+bool CmpiBroker_Provider::createMI(Factory factory, const char* kind, MI*& made) {
   if (factory == nullptr) BRV_THROW(CmpiBroker_InternalErrorException());
   CMPIStatus status{CMPI_RC_OK, nullptr};
   CMPIStatus thrown{CMPI_RC_OK, nullptr};
@@ -207,7 +207,8 @@ MI* CmpiBroker_Provider::createMI(Factory factory, const char* kind) {
     // Counts as loaded all the same; requests for it end as an internal error.
     if (mi == nullptr)
       BRV_TRACE(kError, "Provider %s has made no %s interface\n", m_info->providerName, kind);
-    return mi;
+    made = mi;
+    return true;
   }
   const std::string text = getCMPIErrorInfo(status);
   if (status.rc != CMPI_RC_ERR_NOT_SUPPORTED)
@@ -215,24 +216,29 @@ MI* CmpiBroker_Provider::createMI(Factory factory, const char* kind) {
               text.c_str());
   // An interface that came with a bad status is of no use, and its cleanup may free the message.
   if (mi != nullptr) cleanup(mi, kind);
-  throwStatus({status.rc, CmpiBroker_String::create(text.c_str())});
+  if (status.rc != CMPI_RC_ERR_NOT_SUPPORTED)
+    throwStatus({status.rc, CmpiBroker_String::create(text.c_str())});
+  unload();
+  m_status = kNotSupported;
+  m_statusDetails = text;
+  return false;
 }
 
-void CmpiBroker_Provider::initInstanceMI() {
+bool CmpiBroker_Provider::initInstanceMI() {
   if (m_createInstanceMI == nullptr) findFactory(m_createInstanceMI, "InstanceMI");
-  m_instanceMI = createMI<CMPIInstanceMI>(m_createInstanceMI, "instance");
+  return createMI(m_createInstanceMI, "instance", m_instanceMI);
 }
 
-void CmpiBroker_Provider::initAssociationMI() {
+bool CmpiBroker_Provider::initAssociationMI() {
   if (m_createAssociationMI == nullptr) findFactory(m_createAssociationMI, "AssociationMI");
-  m_associationMI = createMI<CMPIAssociationMI>(m_createAssociationMI, "association");
+  return createMI(m_createAssociationMI, "association", m_associationMI);
 }
 
 // The entry point's spelling is the program's own, and a factory found in a library lands in the
 // instance slot: only compiled-in method providers work.
-void CmpiBroker_Provider::initMethodMI() {
+bool CmpiBroker_Provider::initMethodMI() {
   if (m_createMethodMI == nullptr) findFactory(m_createInstanceMI, "MethodeMI");
-  m_methodMI = createMI<CMPIMethodMI>(m_createMethodMI, "method");
+  return createMI(m_createMethodMI, "method", m_methodMI);
 }
 
 void CmpiBroker_Provider::load() {
@@ -243,17 +249,16 @@ void CmpiBroker_Provider::load() {
   m_statusDetails.reset();
   try {
     if (needsLibrary()) loadLibrary();
-    if (offers(CmpiBroker_ProviderInfo::kInstanceProvider) && m_instanceMI == nullptr)
-      initInstanceMI();
-    if (offers(CmpiBroker_ProviderInfo::kAssociationProvider) && m_associationMI == nullptr)
-      initAssociationMI();
-    if (offers(CmpiBroker_ProviderInfo::kMethodProvider) && m_methodMI == nullptr) initMethodMI();
+    if (offers(CmpiBroker_ProviderInfo::kInstanceProvider) && m_instanceMI == nullptr &&
+        !initInstanceMI())
+      return;
+    if (offers(CmpiBroker_ProviderInfo::kAssociationProvider) && m_associationMI == nullptr &&
+        !initAssociationMI())
+      return;
+    if (offers(CmpiBroker_ProviderInfo::kMethodProvider) && m_methodMI == nullptr &&
+        !initMethodMI())
+      return;
     m_status = kLoaded;
-  } catch (const CmpiBroker_NotSupportedException& exception) {
-    unload();
-    m_status = kNotSupported;
-    m_statusDetails = exception.what();
-    throw;
   } catch (const std::exception& exception) {
     m_status = kFailed;
     m_statusDetails = exception.what();

@@ -34,7 +34,9 @@ class CmpiBroker_Provider {
   CmpiBroker_Provider(const CmpiBroker_Provider&) = delete;
   CmpiBroker_Provider& operator=(const CmpiBroker_Provider&) = delete;
 
-  /// Throws what made it fail; the status and its details keep it.
+  /// Throws what made it fail; the status and its details keep it. One that is not for this host is
+  /// no failure, status() says so: there are ten of those on every host, and throwing would be a
+  /// tenth of a run.
   virtual void load();
   virtual void unload();
   /// Forward one request and append what the provider returned. They throw what the provider
@@ -72,12 +74,12 @@ class CmpiBroker_Provider {
   /// Looks up the entry point "<provider name>_Create_<kind>" in the open library.
   template <class Factory>
   void findFactory(Factory& factory, const char* kind);
-  /// Calls a factory and throws its bad status.
+  /// Calls a factory and throws its bad status; false when the provider is not for this host.
   template <class MI, class Factory>
-  MI* createMI(Factory factory, const char* kind);
-  void initInstanceMI();
-  void initAssociationMI();
-  void initMethodMI();
+  bool createMI(Factory factory, const char* kind, MI*& made);
+  bool initInstanceMI();
+  bool initAssociationMI();
+  bool initMethodMI();
   template <class MI>
   void cleanup(MI* mi, const char* kind);
   [[noreturn]] static void throwStatus(const CMPIStatus& status);

@@ -138,14 +138,16 @@ void CmpiBroker_ProviderManager::loadProvider(CmpiBroker_Provider& provider) {
   BRV_TRACE(kWarning, "ProviderManager: Loading provider %s\n", name);
   try {
     provider.load();
-  } catch (const CmpiBroker_NotSupportedException& exception) {
-    BRV_TRACE(kWarning, "ProviderManager: %s not loaded: %s\n", name, exception.what());
-    throw;
   } catch (const std::exception& exception) {
     BRV_TRACE(kError, "ProviderManager: Failed to load %s: %s\n", name, exception.what());
     throw;
   }
-  BRV_TRACE(kWarning, "ProviderManager: Successfully loaded provider %s\n", name);
+  // The host is not one that this provider serves: no failure.
+  if (provider.status() == CmpiBroker_Provider::kNotSupported)
+    BRV_TRACE(kWarning, "ProviderManager: %s not loaded: %s\n", name,
+              provider.getStatusDetails().c_str());
+  else
+    BRV_TRACE(kWarning, "ProviderManager: Successfully loaded provider %s\n", name);
 }
 
 void CmpiBroker_ProviderManager::loadProviders(const Providers& providers, bool continueOnError,
@@ -161,9 +163,7 @@ void CmpiBroker_ProviderManager::loadProviders(const Providers& providers, bool 
         provider->throwError();
       else if (status != CmpiBroker_Provider::kLoaded)
         loadProvider(*provider);
-      outcome.succeeded();
-    } catch (const CmpiBroker_NotSupportedException&) {
-      // The host is not one that this provider serves: no failure.
+      if (provider->status() == CmpiBroker_Provider::kLoaded) outcome.succeeded();
     } catch (const std::exception&) {
       outcome.failed();
     }

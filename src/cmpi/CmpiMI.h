@@ -130,7 +130,10 @@ auto createMI(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus* 
       const CmpiContext callContext(context);
       provider = std::make_shared<Provider>(CmpiBroker(broker), callContext);
       const CmpiStatus answer = provider->initialize(callContext);
-      if (answer.rc() != CMPI_RC_OK) throw answer;
+      if (answer.rc() != CMPI_RC_OK) {
+        if (status != nullptr) *status = answer.toCMPIStatus(broker);
+        return nullptr;
+      }
       living = provider;
     }
     Interface* interface = provider.get();

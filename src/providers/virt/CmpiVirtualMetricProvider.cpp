@@ -11,8 +11,9 @@
 namespace brv {
 
 CmpiStatus CmpiVirtualMetricProvider::initialize(const CmpiContext&) {
-  requirePlatform(platform(), m_host.detector());
-  return CmpiStatus(CMPI_RC_OK);
+  CmpiStatus status = requirePlatform(platform(), m_host.detector());
+  if (status.rc() == CMPI_RC_OK) createSource();
+  return status;
 }
 
 CmpiStatus CmpiVirtualMetricProvider::enumInstances(const CmpiContext& context, CmpiResult& result,

@@ -20,8 +20,7 @@ class CmpiVirtualMetricProvider : public CmpiMetricProvider {
                             InventoryHost host)
       : CmpiBaseMI(broker, context), CmpiMetricProvider(broker, context), m_host(std::move(host)) {}
 
-  /// Refuses with code 7 on a host of another platform. A provider that makes a data source calls
-  /// this first.
+  /// Answers code 7 on a host of another platform.
   CmpiStatus initialize(const CmpiContext& context) override;
   /// A class other than those of the platform answers code 7.
   CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
@@ -29,6 +28,9 @@ class CmpiVirtualMetricProvider : public CmpiMetricProvider {
 
  protected:
   virtual const VirtualPlatform& platform() const = 0;
+  /// On a host of the platform, before the first request. Throws a CmpiStatus when it has no
+  /// source.
+  virtual void createSource() {}
   /// Whether the data source can be read now.
   virtual bool isSourceReadable() = 0;
   /// What it tells now. False when it cannot be read.

@@ -6,8 +6,9 @@
 namespace brv {
 
 CmpiStatus CmpiVirtualSystemsProvider::initialize(const CmpiContext&) {
-  requirePlatform(platform(), host().detector());
-  return CmpiStatus(CMPI_RC_OK);
+  CmpiStatus status = requirePlatform(platform(), host().detector());
+  if (status.rc() == CMPI_RC_OK) createSource();
+  return status;
 }
 
 CmpiStatus CmpiVirtualSystemsProvider::enumInstances(const CmpiContext& context, CmpiResult& result,

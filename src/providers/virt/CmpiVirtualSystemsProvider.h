@@ -24,8 +24,7 @@ class CmpiVirtualSystemsProvider : public CmpiVirtualOLMODDataProvider {
       : CmpiBaseMI(broker, context),
         CmpiVirtualOLMODDataProvider(broker, context, std::move(inventoryHost)) {}
 
-  /// Refuses with code 7 on a host of another platform. A provider that makes a data source calls
-  /// this first.
+  /// Answers code 7 on a host of another platform.
   CmpiStatus initialize(const CmpiContext& context) override;
   /// A class other than the two systems and the capabilities answers code 7; one that serves more
   /// comes here with the rest.
@@ -34,6 +33,9 @@ class CmpiVirtualSystemsProvider : public CmpiVirtualOLMODDataProvider {
 
  protected:
   virtual const VirtualPlatform& platform() const = 0;
+  /// On a host of the platform, before the first request. Throws a CmpiStatus when it has no
+  /// source.
+  virtual void createSource() {}
   /// Adds what the platform tells to what the guest knows of itself.
   virtual void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) = 0;
   /// `processorModel` is set already.

@@ -136,11 +136,11 @@ constinit const VirtualPlatform VirtualPlatform::kHitachiLPAR = {
     kHitachiLPARIds,
     "Check access to /proc/stat and to the DMI data!"};
 
-void requirePlatform(const VirtualPlatform& platform, const Detector& detector) {
+CmpiStatus requirePlatform(const VirtualPlatform& platform, const Detector& detector) {
   const char* refusal = platform.refusal(detector);
-  if (refusal == nullptr) return;
+  if (refusal == nullptr) return CmpiStatus(CMPI_RC_OK);
   BRV_TRACE(kWarning, "%s\n", refusal);
-  throw CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED, refusal);
+  return CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED, refusal);
 }
 
 void setDataSourceStatus(const VirtualPlatform& platform, bool readable,

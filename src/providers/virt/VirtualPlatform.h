@@ -30,8 +30,9 @@ struct VirtualPlatform {
   static const VirtualPlatform kHitachiLPAR;
 };
 
-/// Throws code 7 with the platform's words, after a trace at level 2, on a host of another one.
-void requirePlatform(const VirtualPlatform& platform, const CmpiVirtualizationDetector& detector);
+/// Code 7 with the platform's words, after a trace at level 2, on a host of another one.
+CmpiStatus requirePlatform(const VirtualPlatform& platform,
+                           const CmpiVirtualizationDetector& detector);
 
 /// Tells on an instance of capabilities whether the data source of the platform can be read.
 void setDataSourceStatus(const VirtualPlatform& platform, bool readable,

@@ -20,11 +20,17 @@ class On : public Provider {
  public:
   On(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context), Provider(broker, context, *s_host) {}
-  CmpiStatus initialize(const CmpiContext& context) override try {
+  CmpiStatus initialize(const CmpiContext& context) override {
+    const CmpiStatus status = tryToInitialize(context);
+    if (status.rc() != CMPI_RC_OK) s_refusal = std::to_string(status.rc()) + ' ' + status.what();
+    return status;
+  }
+
+ private:
+  CmpiStatus tryToInitialize(const CmpiContext& context) try {
     return Provider::initialize(context);
   } catch (const CmpiStatus& status) {
-    s_refusal = std::to_string(status.rc()) + ' ' + status.what();
-    throw;
+    return status;
   }
 };
 

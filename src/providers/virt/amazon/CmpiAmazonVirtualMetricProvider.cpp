@@ -21,9 +21,11 @@ CmpiStatus CmpiAmazonVirtualMetricProvider::initialize(const CmpiContext& contex
   // The other class and the blank at the end are what readers of traces look for.
   BRV_TRACE(kDetail, "CmpiAmazonVirtualOLMODDataProvider::initialize:Platform is %s\n",
             host().detector().isAmazon() ? "Amazon " : "not Amazon");
-  CmpiStatus status = CmpiVirtualMetricProvider::initialize(context);
+  return CmpiVirtualMetricProvider::initialize(context);
+}
+
+void CmpiAmazonVirtualMetricProvider::createSource() {
   m_collector = openCollector();
-  return status;
 }
 
 std::unique_ptr<CmpiAmazonDataCollector> CmpiAmazonVirtualMetricProvider::openCollector() const {

@@ -22,6 +22,7 @@ class CmpiAmazonVirtualMetricProvider : public CmpiVirtualMetricProvider {
   /// One that has asked nothing yet.
   virtual std::unique_ptr<CmpiAmazonDataCollector> openCollector() const;
 
+  void createSource() override;
   const VirtualPlatform& platform() const override { return VirtualPlatform::kAmazon; }
   bool isSourceReadable() override;
   bool readFigures(VirtualFigures& figures) override;
@@ -30,7 +31,7 @@ class CmpiAmazonVirtualMetricProvider : public CmpiVirtualMetricProvider {
   void getDataSourceStatus(bool readable, CmpiInstance& capabilities) const override;
 
  private:
-  std::unique_ptr<CmpiAmazonDataCollector> m_collector;  // of the request, from initialize() on
+  std::unique_ptr<CmpiAmazonDataCollector> m_collector;  // of the request, from createSource() on
 };
 
 }  // namespace brv

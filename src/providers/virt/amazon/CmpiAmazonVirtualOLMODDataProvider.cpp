@@ -70,10 +70,8 @@ CmpiAmazonVirtualOLMODDataProvider::CmpiAmazonVirtualOLMODDataProvider(const Cmp
       CmpiVirtualSystemsProvider(broker, context, std::move(inventoryHost)),
       CmpiAssociationMI(broker, context) {}
 
-CmpiStatus CmpiAmazonVirtualOLMODDataProvider::initialize(const CmpiContext& context) {
-  CmpiStatus status = CmpiVirtualSystemsProvider::initialize(context);
+void CmpiAmazonVirtualOLMODDataProvider::createSource() {
   m_collector = openCollector();
-  return status;
 }
 
 std::unique_ptr<CmpiAmazonDataCollector> CmpiAmazonVirtualOLMODDataProvider::openCollector() const {

@@ -22,7 +22,6 @@ class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
   CmpiAmazonVirtualOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
                                      InventoryHost inventoryHost = InventoryHost::process());
 
-  CmpiStatus initialize(const CmpiContext& context) override;
   CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
                            const CmpiObjectPath& path, const char** properties) override;
   /// The association class names the class at the other end. Roles are not looked at. Nothing for
@@ -35,6 +34,7 @@ class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
   /// One that has asked nothing yet.
   virtual std::unique_ptr<CmpiAmazonDataCollector> openCollector() const;
 
+  void createSource() override;
   const VirtualPlatform& platform() const override { return VirtualPlatform::kAmazon; }
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
   void describeHostSystem(Firmware& firmware, HostSystem& system) override;
@@ -61,7 +61,7 @@ class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
   /// Asked for its inventory.
   const CmpiAmazonDataCollector& inventory();
 
-  std::unique_ptr<CmpiAmazonDataCollector> m_collector;  // of the request, from initialize() on
+  std::unique_ptr<CmpiAmazonDataCollector> m_collector;  // of the request, from createSource() on
 };
 
 }  // namespace brv

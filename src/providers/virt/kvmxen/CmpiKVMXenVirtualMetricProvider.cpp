@@ -5,10 +5,8 @@
 
 namespace brv {
 
-CmpiStatus CmpiKVMXenVirtualMetricProvider::initialize(const CmpiContext& context) {
-  CmpiStatus status = CmpiVirtualMetricProvider::initialize(context);
+void CmpiKVMXenVirtualMetricProvider::createSource() {
   m_collector = std::make_unique<CmpiProviderKVMXenDataCollector>(host());
-  return status;
 }
 
 bool CmpiKVMXenVirtualMetricProvider::isSourceReadable() {

@@ -11,19 +11,17 @@ namespace brv {
 
 /// What the metric providers of KVM and of Xen guests have in common: all but the platform.
 class CmpiKVMXenVirtualMetricProvider : public CmpiVirtualMetricProvider {
- public:
-  CmpiStatus initialize(const CmpiContext& context) override;
-
  protected:
   CmpiKVMXenVirtualMetricProvider(const CmpiBroker& broker, const CmpiContext& context,
                                   InventoryHost host)
       : CmpiBaseMI(broker, context), CmpiVirtualMetricProvider(broker, context, std::move(host)) {}
 
+  void createSource() override;
   bool isSourceReadable() override;
   bool readFigures(VirtualFigures& figures) override;
 
  private:
-  std::unique_ptr<CmpiProviderKVMXenDataCollector> m_collector;  // from initialize() on
+  std::unique_ptr<CmpiProviderKVMXenDataCollector> m_collector;  // from createSource() on
 };
 
 /// Registered as BRVKVM_VirtualMetricProvider.

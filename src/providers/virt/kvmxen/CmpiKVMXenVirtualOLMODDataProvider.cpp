@@ -7,10 +7,8 @@
 
 namespace brv {
 
-CmpiStatus CmpiKVMXenVirtualOLMODDataProvider::initialize(const CmpiContext& context) {
-  CmpiStatus status = CmpiVirtualSystemsProvider::initialize(context);
+void CmpiKVMXenVirtualOLMODDataProvider::createSource() {
   m_collector = std::make_unique<CmpiProviderKVMXenDataCollector>(host());
-  return status;
 }
 
 void CmpiKVMXenVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, VirtualSystem& system) {

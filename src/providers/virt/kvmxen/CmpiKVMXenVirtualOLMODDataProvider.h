@@ -11,20 +11,18 @@ namespace brv {
 
 /// What the inventory providers of KVM and of Xen guests have in common: all but the platform.
 class CmpiKVMXenVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider {
- public:
-  CmpiStatus initialize(const CmpiContext& context) override;
-
  protected:
   CmpiKVMXenVirtualOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
                                      InventoryHost inventoryHost)
       : CmpiBaseMI(broker, context),
         CmpiVirtualSystemsProvider(broker, context, std::move(inventoryHost)) {}
 
+  void createSource() override;
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
   void describeHostSystem(Firmware& firmware, HostSystem& system) override;
 
  private:
-  std::unique_ptr<CmpiProviderKVMXenDataCollector> m_collector;  // from initialize() on
+  std::unique_ptr<CmpiProviderKVMXenDataCollector> m_collector;  // from createSource() on
 };
 
 /// Registered as BRVKVM_VirtualOLMODDataProvider.

@@ -15,10 +15,8 @@ CmpiVMwareVirtualMetricProvider::CmpiVMwareVirtualMetricProvider(const CmpiBroke
                                                                  InventoryHost host)
     : CmpiBaseMI(broker, context), CmpiVirtualMetricProvider(broker, context, std::move(host)) {}
 
-CmpiStatus CmpiVMwareVirtualMetricProvider::initialize(const CmpiContext& context) {
-  CmpiStatus status = CmpiVirtualMetricProvider::initialize(context);
+void CmpiVMwareVirtualMetricProvider::createSource() {
   openLibrary();
-  return status;
 }
 
 bool CmpiVMwareVirtualMetricProvider::isSourceReadable() {

@@ -12,9 +12,8 @@ class CmpiVMwareVirtualMetricProvider : public CmpiVirtualMetricProvider, public
   CmpiVMwareVirtualMetricProvider(const CmpiBroker& broker, const CmpiContext& context,
                                   InventoryHost host = InventoryHost::process());
 
-  CmpiStatus initialize(const CmpiContext& context) override;
-
  protected:
+  void createSource() override;
   const VirtualPlatform& platform() const override { return VirtualPlatform::kVMware; }
   bool isSourceReadable() override;
   bool readFigures(VirtualFigures& figures) override;

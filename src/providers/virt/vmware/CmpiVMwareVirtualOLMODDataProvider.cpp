@@ -42,14 +42,12 @@ CmpiVMwareVirtualOLMODDataProvider::CmpiVMwareVirtualOLMODDataProvider(const Cmp
     : CmpiBaseMI(broker, context),
       CmpiVirtualSystemsProvider(broker, context, std::move(inventoryHost)) {}
 
-CmpiStatus CmpiVMwareVirtualOLMODDataProvider::initialize(const CmpiContext& context) {
-  CmpiStatus status = CmpiVirtualSystemsProvider::initialize(context);
+void CmpiVMwareVirtualOLMODDataProvider::createSource() {
   openLibrary();
   const std::lock_guard<VMwareSource> guard(*this);
   if (!library().updateInfo())
     throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Failed to update VMware guest info: " +
                                                        ucToUtf8(library().getLastErrorInfo())));
-  return status;
 }
 
 CmpiStatus CmpiVMwareVirtualOLMODDataProvider::enumInstances(const CmpiContext& context,

@@ -13,13 +13,13 @@ class CmpiVMwareVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider, pu
   CmpiVMwareVirtualOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
                                      InventoryHost inventoryHost = InventoryHost::process());
 
-  /// Fails too when the library has nothing to tell at the start. What cannot be read later costs
-  /// properties of the systems, and all disks and cards, but fails no request.
-  CmpiStatus initialize(const CmpiContext& context) override;
   CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
                            const CmpiObjectPath& path, const char** properties) override;
 
  protected:
+  /// Fails too when the library has nothing to tell at the start. What cannot be read later costs
+  /// properties of the systems, and all disks and cards, but fails no request.
+  void createSource() override;
   const VirtualPlatform& platform() const override { return VirtualPlatform::kVMware; }
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
   void describeHostSystem(Firmware& firmware, HostSystem& system) override;
