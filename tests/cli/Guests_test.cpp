@@ -109,10 +109,13 @@ TEST(Guests, FiguresOfAMetricsDiskJoinThoseOfLinux) {
   const std::string document =
       "<metrics><metric type='real64' context='host'><name>TotalCPUTime</name><value>1.5</value>"
       "</metric><metric type='uint64' context='vm' uuid='x'><name>ResourceMemoryLimit</name>"
-      "<value>2048</value></metric></metrics>";
-  std::string disk("mvbd\0\0\0\0\0\0\0\1\0\0\0", 15);
-  disk += static_cast<char>(document.size());
-  ASSERT_LT(document.size(), 256);
+      "<value>2048</value></metric>"
+      // What no property can hold.
+      "<metric context='host'><name>Time</name><value>18446744073709</value></metric>"
+      "<metric context='vm'><name>ResourceProcessorLimit</name><value>1e39</value></metric>"
+      "</metrics>";
+  std::string disk("mvbd\0\0\0\0\0\0\0\1\0\0", 14);
+  disk += {static_cast<char>(document.size() >> 8), static_cast<char>(document.size())};
   disk += document;
   disk.resize(4096);
   const LoopDevice loop(disk);
@@ -124,6 +127,7 @@ TEST(Guests, FiguresOfAMetricsDiskJoinThoseOfLinux) {
     GTEST_SKIP() << "needs root and loop devices";
   const ProgramResult run = guest.run("-e -c BRV_MetricValue -format table");
   EXPECT_EQ(run.error, "");
+  EXPECT_THAT(run.output, Not(HasSubstr("\t1969")));
   const std::string all = figures(run.output);
   EXPECT_THAT(all, StartsWith(figures(linux_)));
   EXPECT_EQ(all.substr(figures(linux_).size()),

@@ -21,11 +21,6 @@ void PropertyWriter::text(const char* property, std::string_view text, std::size
   name(property, cleanText(text, m_clean, limit));
 }
 
-void PropertyWriter::firmware(const char* property, std::string_view text) {
-  const std::string_view clean = cleanText(text, m_clean);
-  name(property, isFillerText(clean) ? std::string_view() : clean);
-}
-
 void PropertyWriter::boolean(const char* property, std::optional<bool> value) {
   if (value)
     m_instance->setProperty(property, CmpiBooleanData(*value));

@@ -31,8 +31,6 @@ class PropertyWriter {
   void name(const char* property, std::string_view text);
   /// Cleaned (readers/ValueText.h). Nothing left: absent.
   void text(const char* property, std::string_view text, std::size_t limit = kLongestText);
-  /// Texts of firmware: what says nothing is absent too.
-  void firmware(const char* property, std::string_view text);
   template <class Number>
   void number(const char* property, const std::optional<Number>& value) {
     if (value)

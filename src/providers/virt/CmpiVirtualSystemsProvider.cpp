@@ -2,6 +2,7 @@
 #include "providers/virt/CmpiVirtualSystemsProvider.h"
 
 #include "providers/CmpiProviderUtil.h"
+#include "providers/inventory/MachineFacts.h"
 
 namespace brv {
 
@@ -48,6 +49,7 @@ void CmpiVirtualSystemsProvider::enumVCSInstances(const CmpiContext&, CmpiResult
   Firmware firmware(files());
   VirtualSystem system = describeGuest(host(), firmware);
   describeVirtualSystem(firmware, system);
+  if (system.uuid.empty()) system.uuid = machineUuid(files(), firmware);
   PropertyWriter properties(PropertyWriter::Absent::kLeftOut);
   properties.begin(createSystem(kVirtualComputerSystem, getHostname().c_str(), "IP"));
   setVirtualSystem(properties, system);
@@ -55,10 +57,9 @@ void CmpiVirtualSystemsProvider::enumVCSInstances(const CmpiContext&, CmpiResult
 }
 
 void CmpiVirtualSystemsProvider::enumHCSInstances(const CmpiContext&, CmpiResult& result) {
-  Firmware firmware(files());
   HostSystem system;
   system.processorModel = processorModel(host());
-  describeHostSystem(firmware, system);
+  describeHostSystem(system);
   PropertyWriter properties(PropertyWriter::Absent::kLeftOut);
   const char* name = system.name.empty() ? kAnonymousHost : system.name.c_str();
   properties.begin(createSystem(kHostComputerSystem, name, "Other"));

@@ -36,10 +36,11 @@ class CmpiVirtualSystemsProvider : public CmpiVirtualOLMODDataProvider {
   /// On a host of the platform, before the first request. Throws a CmpiStatus when it has no
   /// source.
   virtual void createSource() {}
-  /// Adds what the platform tells to what the guest knows of itself.
+  /// Adds what the platform tells to what the guest knows of itself. An empty UUID becomes that of
+  /// the machine.
   virtual void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) = 0;
   /// `processorModel` is set already.
-  virtual void describeHostSystem(Firmware& firmware, HostSystem& system) = 0;
+  virtual void describeHostSystem(HostSystem& system) = 0;
 
   void enumVCSInstances(const CmpiContext& context, CmpiResult& result);
   void enumHCSInstances(const CmpiContext& context, CmpiResult& result);

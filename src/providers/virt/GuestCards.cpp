@@ -1,28 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/virt/GuestCards.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "providers/inventory/NetworkFolder.h"
 #include "providers/inventory/readers/ValueText.h"
+#include "runtime/Ascii.h"
 
 namespace brv {
 
 std::string plainMacAddress(std::string_view mac) {
   std::string plain;
   for (std::size_t i = 0; i < mac.size(); ++i) {
-    const char c = mac[i];
-    const bool isLetter = (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-    if (i % 3 == 2 ? c != ':' : (c < '0' || c > '9') && !isLetter) return {};
-    if (i % 3 != 2) plain += isLetter ? static_cast<char>(c & ~0x20) : c;
+    if (i % 3 == 2 ? mac[i] != ':' : hexDigit(mac[i]) < 0) return {};
+    if (i % 3 != 2) plain += "0123456789ABCDEF"[hexDigit(mac[i])];
   }
   return mac.size() == 17 ? plain : std::string();
 }
 
 std::string lowerCaseMacAddress(std::string_view mac) {
   std::string lower(mac);
-  for (char& c : lower)
-    if (c >= 'A' && c <= 'F') c = static_cast<char>(c | 0x20);
+  std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
   return lower;
 }
 

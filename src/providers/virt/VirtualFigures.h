@@ -26,7 +26,8 @@ struct VirtualFigures {
 
   std::optional<std::uint64_t> takenAt;  ///< microseconds since 1970-01-01 UTC; not set: now
 
-  // How many processors the guest may use: a source fills one of these three groups.
+  // How many processors the guest may use: a source fills one of these three groups, or the first
+  // beside another, which it overrules then.
   std::optional<double> processorLimit;  ///< as the hypervisor tells it, fractions too
   std::optional<std::uint32_t> mostProcessors;
   std::optional<std::uint32_t> cpuLimitMhz;       ///< kUnlimitedMhz: mostProcessors alone counts
@@ -36,7 +37,7 @@ struct VirtualFigures {
   std::optional<std::uint64_t> stealMs;    ///< ready to run, and not run
   std::optional<std::uint64_t> cpuUsedMs;  ///< of the guest
 
-  // How much memory the guest has: a source fills one of these two groups.
+  // How much memory the guest has: a source fills the first two of these, or the last, or both.
   std::optional<std::uint64_t> installedMemoryKb;
   std::optional<std::uint64_t> memoryLimitKb;    ///< kUnlimitedKb: installedMemoryKb alone counts
   std::optional<std::uint64_t> visibleMemoryKb;  ///< as its kernel tells it

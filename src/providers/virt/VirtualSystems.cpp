@@ -33,7 +33,6 @@ VirtualSystem describeGuest(const InventoryHost& host, Firmware& firmware) {
   system.visibleMemoryKb = totalMemory(host.files);
   system.manufacturer = firmware.text(kManufacturer);
   system.model = firmware.text(kModel);
-  system.uuid = machineUuid(host.files, firmware);
   return system;
 }
 

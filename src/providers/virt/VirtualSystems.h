@@ -24,14 +24,14 @@ struct PropertyText {
 /// BRV_OLMODVirtualComputerSystem without its keys. A limit of VirtualFigures::kUnlimited... is
 /// none.
 struct VirtualSystem {
-  // Of all platforms, see describeGuest().
+  // Of all platforms, see describeGuest(), but for the last.
   std::string virtualizationType;
   std::string cloudPlatform;
   std::optional<std::uint32_t> processors;  ///< online
   std::optional<std::uint64_t> visibleMemoryKb;
   std::string manufacturer;
   std::string model;
-  std::string uuid;
+  std::string uuid;  ///< as the platform tells it; empty: that of the machine
 
   std::optional<std::uint64_t> installedMemoryKb;
   std::optional<std::uint64_t> memoryLimitKb;

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "providers/inventory/readers/FieldText.h"
+#include "runtime/Ascii.h"
 
 namespace brv {
 

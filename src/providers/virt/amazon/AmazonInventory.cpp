@@ -8,6 +8,7 @@
 #include "providers/inventory/readers/ValueText.h"
 #include "providers/readers/LineScanner.h"
 #include "providers/virt/GuestCards.h"
+#include "runtime/Ascii.h"
 
 namespace brv {
 
@@ -15,10 +16,6 @@ namespace {
 
 constexpr const char* kBlockPath = "/sys/block";
 constexpr const char* kHypervisorPath = "/sys/hypervisor/version";
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 std::string cleaned(std::string_view text) {
   std::string storage;

@@ -117,7 +117,7 @@ void CmpiAmazonVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, Virtua
   gatherAmazonGuest(inventory(), system);
 }
 
-void CmpiAmazonVirtualOLMODDataProvider::describeHostSystem(Firmware&, HostSystem& system) {
+void CmpiAmazonVirtualOLMODDataProvider::describeHostSystem(HostSystem& system) {
   gatherAmazonHost(inventory(), files(), system);
 }
 

@@ -37,7 +37,7 @@ class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
   void createSource() override;
   const VirtualPlatform& platform() const override { return VirtualPlatform::kAmazon; }
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
-  void describeHostSystem(Firmware& firmware, HostSystem& system) override;
+  void describeHostSystem(HostSystem& system) override;
   void enumProvCapInstances(const CmpiContext& context, CmpiResult& result) override;
 
  private:

@@ -113,6 +113,10 @@ int VirtPGetDebugInfo(const char* path, VirtHost& host) {
   if (path == nullptr) return -1;
   Descriptor descriptor(::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   if (descriptor.get() < 0) return -1;
+  struct stat status {};  // of a file that was there before
+  if (::fstat(descriptor.get(), &status) != 0 ||
+      (S_ISREG(status.st_mode) && ::fchmod(descriptor.get(), 0600) != 0))
+    return -1;
   const File out(::fdopen(descriptor.get(), "w"));
   if (out == nullptr) return -1;
   descriptor.release();

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -42,19 +43,12 @@ constexpr Signature kSignatures[] = {
     {"UnisysSpar64", VIRT_METHOD_UNISYS_SPAR},
 };
 
-int hexadecimalDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
 // Takes up to four hexadecimal digits behind blanks off the front; -1 when there is none.
 int takeId(std::string_view& line) {
   line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
   int id = -1;
   for (int digits = 0; digits < 4 && !line.empty(); ++digits) {
-    const int digit = hexadecimalDigit(line.front());
+    const int digit = hexDigit(line.front());
     if (digit < 0) break;
     id = (digits == 0 ? 0 : id * 16) + digit;
     line.remove_prefix(1);

@@ -18,8 +18,8 @@ void CmpiHitachiLPARVirtualOLMODDataProvider::describeVirtualSystem(Firmware& fi
   system.lparModel = firmware.text({"product_name"});
 }
 
-void CmpiHitachiLPARVirtualOLMODDataProvider::describeHostSystem(Firmware& firmware,
-                                                                 HostSystem& system) {
+void CmpiHitachiLPARVirtualOLMODDataProvider::describeHostSystem(HostSystem& system) {
+  Firmware firmware(files());
   LparHost host;
   openSource()->host(host);
   // The partition's chassis is that of the host.

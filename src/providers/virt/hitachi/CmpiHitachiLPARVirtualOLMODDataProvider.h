@@ -20,7 +20,7 @@ class CmpiHitachiLPARVirtualOLMODDataProvider : public CmpiVirtualSystemsProvide
 
   const VirtualPlatform& platform() const override { return VirtualPlatform::kHitachiLPAR; }
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
-  void describeHostSystem(Firmware& firmware, HostSystem& system) override;
+  void describeHostSystem(HostSystem& system) override;
 };
 
 }  // namespace brv

@@ -207,6 +207,9 @@ std::vector<BoundedItem> CMetricsDisk::candidates() const {
       struct stat status {};
       const Descriptor node = openBelow(m_files, path, O_PATH | O_CLOEXEC);
       if (node.get() < 0 || ::fstat(node.get(), &status) != 0 || !S_ISBLK(status.st_mode)) return;
+      // For all but root there would be a child for nothing.
+      if (::faccessat(node.get(), "", R_OK, AT_EACCESS | AT_EMPTY_PATH) != 0 && errno == EACCES)
+        return errout(trace::kWarning, "Can't open %s", path, EACCES);
       found.push_back({std::move(path), "disk-" + std::to_string(major(status.st_rdev)) + ':' +
                                             std::to_string(minor(status.st_rdev))});
     });

@@ -12,15 +12,20 @@ void CmpiKVMXenVirtualOLMODDataProvider::createSource() {
 }
 
 void CmpiKVMXenVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, VirtualSystem& system) {
-  // By which the document knows the guest; in the form that the guest's own computer system has.
   std::string uuid;
-  if (m_collector->GetVmGuid(uuid)) system.uuid = readUuid(uuid).value_or(uuid);
-  if (!m_collector->tryGetMetricData()) return;
-  system.memoryLimitKb = m_collector->GetKvmXenVirtInfo().guestMemoryLimit;
-  system.processorLimit = m_collector->GetKvmXenVirtInfo().processorLimit;
+  if (m_collector->tryGetMetricData()) {
+    const KvmXenVirtInfo& info = m_collector->GetKvmXenVirtInfo();
+    system.memoryLimitKb = info.guestMemoryLimit;
+    system.processorLimit = info.processorLimit;
+    uuid = info.guestUuid.value_or("");
+  } else {
+    m_collector->GetVmGuid(uuid);
+  }
+  // By which the document knows the guest; in the form that the guest's own computer system has.
+  system.uuid = readUuid(uuid).value_or(uuid);
 }
 
-void CmpiKVMXenVirtualOLMODDataProvider::describeHostSystem(Firmware&, HostSystem& system) {
+void CmpiKVMXenVirtualOLMODDataProvider::describeHostSystem(HostSystem& system) {
   if (!m_collector->tryGetMetricData()) return;
   const KvmXenVirtInfo& info = m_collector->GetKvmXenVirtInfo();
   system.name = info.hostSystemInfo.value_or("");

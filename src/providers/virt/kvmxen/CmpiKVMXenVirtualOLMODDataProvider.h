@@ -19,7 +19,7 @@ class CmpiKVMXenVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider {
 
   void createSource() override;
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
-  void describeHostSystem(Firmware& firmware, HostSystem& system) override;
+  void describeHostSystem(HostSystem& system) override;
 
  private:
   std::unique_ptr<CmpiProviderKVMXenDataCollector> m_collector;  // from createSource() on

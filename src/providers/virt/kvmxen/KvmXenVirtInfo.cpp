@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "providers/inventory/readers/FieldText.h"
 #include "providers/inventory/readers/ValueText.h"
 #include "runtime/RealNumber.h"
 #include "runtime/Trace.h"
@@ -13,8 +14,9 @@ namespace brv {
 
 namespace {
 
-constexpr std::uint64_t kMicroseconds = 1'000'000;  // in a second
-constexpr double kMilliseconds = 1'000;             // in a second
+constexpr std::uint64_t kMicroseconds = 1'000'000;     // in a second
+constexpr std::uint64_t kYear10000 = 253'402'300'800;  // seconds; has no place in a CIM text
+constexpr double kMilliseconds = 1'000;                // in a second
 constexpr double kTwoTo64 = 18446744073709551616.0;
 
 constexpr std::size_t kLongestUuid = 63;     // bytes
@@ -32,12 +34,6 @@ constexpr MemoryUnit kMemoryUnits[] = {
     {"", 1024, 1}, {"MiB", 1024, 1}, {"MB", 1024, 1},    {"KiB", 1, 1},
     {"KB", 1, 1},  {"B", 1, 1024},   {"bytes", 1, 1024},
 };
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(" \t\r\n");
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
-}
 
 std::optional<std::uint64_t> times(std::optional<std::uint64_t> number, std::uint64_t factor) {
   if (number && *number > std::numeric_limits<std::uint64_t>::max() / factor) return std::nullopt;
@@ -74,7 +70,7 @@ class ContextReader {
         const auto scaled = times(metric_toCMPIUint64(metric.value), unit.factor);
         return scaled ? std::optional(*scaled / unit.divisor) : std::nullopt;
       }
-      BRV_TRACE(kWarning, "The metric '%s' has the unknown unit '%s'", metric.name.c_str(),
+      BRV_TRACE(kWarning, "The metric '%s' has the unknown unit '%.32s'", metric.name.c_str(),
                 metric.unit.c_str());
       return std::nullopt;
     });
@@ -99,7 +95,8 @@ class ContextReader {
 std::uint64_t readTime(const MetricTree& tree, std::uint64_t pollTime) {
   s_metric metric;
   if (find_metric("Time", "host", nullptr, tree, &metric))
-    if (const auto time = times(metric_toCMPIUint64(metric.value), kMicroseconds)) return *time;
+    if (const auto time = metric_toCMPIUint64(metric.value); time && *time < kYear10000)
+      return *time * kMicroseconds;
   BRV_TRACE(kWarning, "Could not read vhostmd timestamp, using poll time as timestamp");
   return pollTime;
 }
@@ -132,7 +129,9 @@ void readVirtInfo(const MetricTree& tree, std::uint64_t pollTime, KvmXenVirtInfo
   });
   info.hostCpuTime = host.milliseconds("TotalCPUTime");
   info.processorLimit = guest.read("ResourceProcessorLimit", [](const s_metric& metric) {
-    return metric_toCMPIReal64(metric.value);
+    // Its figure is one of 32 bits.
+    const auto limit = metric_toCMPIReal64(metric.value);
+    return limit && std::abs(*limit) <= std::numeric_limits<float>::max() ? limit : std::nullopt;
   });
   info.guestCpuTime = guest.milliseconds("TotalCPUTime");
   info.hostMemoryOfGuests = host.kilobytes("MemoryAllocatedToVirtualServers");

@@ -30,7 +30,7 @@ bool CmpiVMwareVirtualMetricProvider::readFigures(VirtualFigures& figures) {
   const timeval& updated = library().lastUpdate();
   figures.takenAt = static_cast<std::uint64_t>(updated.tv_sec) * 1'000'000 +
                     static_cast<std::uint64_t>(updated.tv_usec);
-  library().readVMwareStatAPI();
+  library().readVMwareStatAPI(false);
   readGuestFigures(figures);
   readHostFigures(figures);
   return true;

@@ -82,15 +82,15 @@ void CmpiVMwareVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, Virtua
   system.cpuReservationMhz = ask(&Api::getCpuReservationMHz);
   if (system.cpuReservationMhz == Api::kUnlimited) system.cpuReservationMhz.reset();
   if (const auto id = ask(&Api::getSessionID)) system.sessionId = std::to_string(*id);
-  library().readVMwareStatAPI();
+  library().readVMwareStatAPI(false);
   system.sessionUpTime = library().statistics().uptime;
 }
 
-void CmpiVMwareVirtualOLMODDataProvider::describeHostSystem(Firmware&, HostSystem& system) {
+void CmpiVMwareVirtualOLMODDataProvider::describeHostSystem(HostSystem& system) {
   system.virtualizationVendor = "VMware, Inc.";
   const std::lock_guard<VMwareSource> guard(*this);
   if (!library().updateInfo()) return;
-  library().readVMwareStatAPI();
+  library().readVMwareStatAPI(false);
   system.virtualizationProductInfo = library().getProductVersion();
   system.cores = hostCores();
   system.logicalProcessors = count(library().statistics().hostThreads);

@@ -22,7 +22,7 @@ class CmpiVMwareVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider, pu
   void createSource() override;
   const VirtualPlatform& platform() const override { return VirtualPlatform::kVMware; }
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
-  void describeHostSystem(Firmware& firmware, HostSystem& system) override;
+  void describeHostSystem(HostSystem& system) override;
 
  private:
   void enumStorageInstances(CmpiResult& result);

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "providers/HostMemory.h"
+#include "providers/inventory/readers/FieldText.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -20,12 +21,6 @@ constexpr std::uint64_t kBytesPerMB = 1024 * 1024;
 // Drivers (the adapter's "proc_name") of what is no virtual SCSI controller.
 constexpr std::array<std::string_view, 6> kOtherDrivers = {
     "ahci", "ata_generic", "ata_piix", "iscsi_tcp", "uas", "usb-storage"};
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t end = text.find_last_not_of(kBlanks);
-  return text.substr(0, end == text.npos ? 0 : end + 1);
-}
 
 // All of `text` as one number without sign.
 template <class T>

@@ -7,7 +7,7 @@
 #include <pugixml.hpp>
 #include <utility>
 
-#include "providers/readers/LineScanner.h"
+#include "providers/inventory/readers/FieldText.h"
 
 namespace brv {
 
@@ -19,13 +19,6 @@ namespace {
 
 // A document type is kept in the tree only to be seen and refused.
 constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_doctype;
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == text.npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
 
 // Walks the elements in the order of the document until `enter` says no. Without recursion, since
 // the depth is the host's; false when that is beyond `deepest`.

@@ -260,7 +260,7 @@ std::uint32_t VMwareGuestAPI::getMaxCPUCount() {
   if (online < 1) BRV_TRACE(kWarning, "Failed to determine online processors\n");
   auto count = static_cast<std::uint32_t>(std::max(online, 0L));
   std::uint32_t cores = 0;
-  if (getHostNumCpuCores(&cores)) count = std::min(count, cores);
+  if (getHostNumCpuCores(&cores) && cores != 0) count = std::min(count, cores);
   BRV_TRACE(kDetail, "Assumed maximum CPU count is %u\n", count);
   return count;
 }
@@ -282,7 +282,7 @@ bool VMwareGuestAPI::ask(const std::string& category, Read read) {
   return false;
 }
 
-bool VMwareGuestAPI::readVMwareStatAPI() {
+bool VMwareGuestAPI::readVMwareStatAPI(bool withDevices) {
   VMwareStatistics& all = m_statistics;
   all = {};
   m_lastError = kNotCalled;
@@ -293,7 +293,7 @@ bool VMwareGuestAPI::readVMwareStatAPI() {
   ask("session", into(readSessionStatistics));
   if (!ask("host", into(readHostStatistics))) hintAtHostInfo();
   ask("resources", into(readResourceStatistics));
-  ask("", into(addListedDevices));
+  if (withDevices) ask("", into(addListedDevices));
   for (VMwareStatistics::Disk& disk : all.disks)
     ask(disk.category, [&disk](std::string_view text) { readDiskStatistics(text, disk); });
   for (VMwareStatistics::Card& card : all.cards)

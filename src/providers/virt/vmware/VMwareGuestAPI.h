@@ -109,8 +109,9 @@ class VMwareGuestAPI {
   /// cores. 0 when unknown.
   std::uint32_t getMaxCPUCount();
 
-  /// Reads the extended statistics anew. False when the library has none to ask for.
-  bool readVMwareStatAPI();
+  /// Reads the extended statistics anew; those of disks and cards on request, since each of them is
+  /// a call to the hypervisor. False when the library has none to ask for.
+  bool readVMwareStatAPI(bool withDevices = true);
   /// What readVMwareStatAPI() found last.
   const VMwareStatistics& statistics() const { return m_statistics; }
   /// Of the hypervisor, from the statistics; empty when it does not say.

@@ -7,6 +7,7 @@
 
 #include "providers/inventory/readers/ValueText.h"
 #include "providers/readers/LineScanner.h"
+#include "providers/virt/GuestCards.h"
 #include "providers/virt/vmware/StatisticsTree.h"
 #include "runtime/Trace.h"
 
@@ -106,18 +107,6 @@ bool isNameCharacter(char c) {
          c == '_' || c == '-' || c == ':';
 }
 
-// "00:0c:29:00:00:01"; made lower case.
-bool isAddress(std::string& text) {
-  if (text.size() != All::kLongestAddress) return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char& c = text[i];
-    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
-    const bool digit = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f');
-    if (i % 3 == 2 ? c != ':' : !digit) return false;
-  }
-  return true;
-}
-
 // False beyond the maximum.
 bool addDisk(const std::string& category, std::string id, VMwareStatistics& into) {
   if (id.size() > All::kLongestDisk) {
@@ -147,10 +136,11 @@ bool addCard(const std::string& category, std::string address, VMwareStatistics&
               "ignored!!\n");
     return true;
   }
-  if (!isAddress(address)) {
+  if (plainMacAddress(address).empty()) {
     BRV_TRACE(kWarning, "A network card without a MAC address is ignored\n");
     return true;
   }
+  address = lowerCaseMacAddress(address);
   if (std::ranges::find(into.cards, address, &All::Card::address) != into.cards.end()) return true;
   if (into.cards.size() == All::kMostCards) {
     BRV_TRACE(kWarning, "readVMwareStatAPI(): Exceeded max. number of network cards in VM!\n");
