@@ -16,6 +16,12 @@ constexpr char lowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+/// Whether it may stand in a name that goes on to others as it is: no blank, slash or quote.
+constexpr bool isNameCharacter(char c) {
+  return isDigit(c) || (lowerCase(c) >= 'a' && lowerCase(c) <= 'z') || c == '.' || c == '_' ||
+         c == '-' || c == ':';
+}
+
 /// What a hexadecimal digit of any case stands for, -1 for another byte.
 constexpr int hexDigit(char c) {
   if (isDigit(c)) return c - '0';

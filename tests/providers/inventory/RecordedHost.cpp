@@ -129,6 +129,8 @@ RecordedHost::RecordedHost(std::string_view text) {
     const std::string path = root().string() + first;
     if (kind == "file" || kind == "bytes") {
       m_folder.write(first.substr(1), kind == "file" ? content : unescaped(content));
+    } else if (kind == "line") {
+      m_folder.write(first.substr(1), rest + '\n');
     } else if (kind == "link") {
       fs::create_directories(fs::path(path).parent_path());
       fs::create_symlink(rest, path);
@@ -153,6 +155,8 @@ RecordedHost::RecordedHost(std::string_view text) {
         numbers >> std::hex >> leaf >> answer.eax >> answer.ebx >> answer.ecx >> answer.edx;
         m_cpuid[leaf] = answer;
       }
+    } else if (kind == "amazon") {
+      m_amazon = true;
     } else if (kind == "silent") {
       silent.insert(body.begin(), body.end());
     } else {
@@ -178,7 +182,6 @@ InventoryHost RecordedHost::host() const {
           [this]() -> const CmpiVirtualizationDetector& { return detector(); }};
 }
 
-// No metadata service answers.
 const CmpiVirtualizationDetector& RecordedHost::detector() const {
   if (m_detector == nullptr) {
     VirtHost host(
@@ -187,7 +190,10 @@ const CmpiVirtualizationDetector& RecordedHost::detector() const {
           const auto found = m_cpuid.find(leaf);
           return found == m_cpuid.end() ? CpuidLeaf() : found->second;
         },
-        [](std::string_view, const MetadataLimits&) { return MetadataAnswer(); });
+        [this](std::string_view, const MetadataLimits&) {
+          if (!m_amazon) return MetadataAnswer();
+          return MetadataAnswer{MetadataAnswer::End::kAnswered, 200, true, ""};
+        });
     m_detector = std::make_unique<CmpiVirtualizationDetector>(host);
   }
   return *m_detector;

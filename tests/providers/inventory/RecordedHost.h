@@ -21,6 +21,7 @@ namespace brv::test {
 ///
 ///     == identity                   lines "name=value", the members of HostIdentity
 ///     == file PATH                  the lines of a file
+///     == line PATH TEXT             a file of one line
 ///     == bytes PATH                 the same with "\xNN" for any byte and without line ends
 ///     == link PATH TARGET
 ///     == folder PATH
@@ -30,6 +31,7 @@ namespace brv::test {
 ///     == drivers                    lines "interface member value", the members of InterfaceDriver
 ///     == names                      lines "canonical|address|user ASKED ANSWER"
 ///     == cpuid                      lines "leaf eax ebx ecx edx", hexadecimal; other leaves are 0
+///     == amazon                     the metadata service is Amazon's; without it, none answers
 ///     == silent                     lines: names of items of bounded calls that never answer
 ///
 /// Lines before the first section are comment. The node name is in /etc/hostname too. Without
@@ -71,6 +73,7 @@ class RecordedHost {
   std::unique_ptr<Names> m_names;
   HostIdentity m_identity;
   std::map<std::uint32_t, CpuidLeaf> m_cpuid;
+  bool m_amazon = false;
   mutable std::unique_ptr<CmpiVirtualizationDetector> m_detector;
 };
 

@@ -15,20 +15,17 @@ std::string nested(int depth) {
 
 TEST(MetricTree, RefusesWhatIsNoHarmlessDocument) {
   for (const std::string& good :
-       {std::string("<m/>"),
+       {nested(MetricTree::kDeepest), std::string("<m/>"),
         std::string("\xEF\xBB\xBF<?xml version='1.0'?>\n<!-- <!DOCTYPE & -->"
-                    "<m a=\"'&lt;>\"><![CDATA[<!DOCTYPE &x; ]]>&#x41;</m>\n"),
-        nested(MetricTree::kDeepest)})
+                    "<m a=\"'&lt;>\"><![CDATA[<!DOCTYPE &x; ]]>&#x41;</m>\n")})
     EXPECT_NE(MetricTree::parse(good), nullptr) << good;
-  for (const std::string& bad :
-       {std::string(), std::string("text"), std::string("<m>"), std::string("<m></n>"),
-        std::string("<m/><m/>"), std::string("<m/>text"), std::string("<m a=b/>"),
-        std::string("<m a='<'/>"), std::string("<m>\0</m>", 8), std::string("</m>"),
-        std::string("<!DOCTYPE m><m/>"), std::string("<m><!ENTITY x 'y'></m>"),
-        std::string("<m>&x;</m>"), std::string("<m a='&x;'/>"), std::string("<m>&#0;</m>"),
-        std::string("<m>&#xD800;</m>"), std::string("<m>a&b</m>"), std::string("<!-- <m/>"),
-        nested(MetricTree::kDeepest + 1)})
+  for (const char* bad :
+       {"", "text", "<m>", "<m></n>", "<m/><m/>", "<m/>text", "<m a=b/>", "<m a='<'/>", "</m>",
+        "<!DOCTYPE m><m/>", "<m><!ENTITY x 'y'></m>", "<m>&x;</m>", "<m a='&x;'/>", "<m>&#0;</m>",
+        "<m>&#xD800;</m>", "<m>a&b</m>", "<!-- <m/>"})
     EXPECT_EQ(MetricTree::parse(bad), nullptr) << bad;
+  EXPECT_EQ(MetricTree::parse({"<m>\0</m>", 8}), nullptr);
+  EXPECT_EQ(MetricTree::parse(nested(MetricTree::kDeepest + 1)), nullptr);
   EXPECT_NE(MetricTree::parse("<m>12</m>", 9), nullptr);
   EXPECT_EQ(MetricTree::parse("<m>123</m>", 9), nullptr);
   // What would make a tree of gigabytes.
@@ -46,32 +43,25 @@ TEST(MetricTree, FindsByTheRulesOfTheWalk) {
   const std::string host = metric("context='host'", "1");
   const std::string ada = metric("context='vm' uuid='AB-1'", "2");
   const std::string bob = metric("context='vm' uuid='cd-2'", "3");
-  struct Case {
-    std::string document;
-    const char* context;
-    const char* uuid;
-    const char* value;  // null: not found
-  };
-  for (const Case& c : {
-           Case{"<m>" + host + ada + bob + "</m>", "vm", "CD-2", "3"},
-           Case{"<m>" + host + ada + bob + "</m>", "vm", nullptr, "2"},
-           Case{"<m>" + host + ada + "</m>", "vm", "cd-2", nullptr},
-           Case{"<m>" + host + "</m>", "host", "cd-2", nullptr},
-           Case{"<m>" + host + "</m>", "Host", nullptr, nullptr},
-           Case{"<m>" + metric("uuid='x'", "4") + "</m>", "host", nullptr, nullptr},
-           // The subtree of a later sibling wins, that behind a match of the list does not count.
-           Case{"<m><a>" + ada + "</a><b>" + bob + "</b></m>", "vm", nullptr, "3"},
-           Case{"<m><a>" + ada + "</a>" + bob + "<b>" + ada + "</b></m>", "vm", nullptr, "3"},
-           Case{"<m><metric>" + ada + "</metric></m>", "vm", nullptr, nullptr},
-           Case{metric("context='vm'", " 5&#x36;<!-- -->7<![CDATA[&]]>\n"), "vm", nullptr, "567&"},
-       }) {
-    const auto tree = MetricTree::parse(c.document);
-    ASSERT_NE(tree, nullptr) << c.document;
+  const std::string all = "<m>" + host + ada + bob + "</m>";
+  for (const auto& [document, context, uuid, value] :
+       {std::tuple{all, "vm", "CD-2", "3"},
+        {all, "vm", nullptr, "2"},
+        {"<m>" + host + ada + "</m>", "vm", "cd-2", ""},
+        {all, "host", "cd-2", ""},
+        {all, "Host", nullptr, ""},
+        {"<m>" + metric("uuid='x'", "4") + "</m>", "host", nullptr, ""},
+        // The subtree of a later sibling wins, that behind a match of the list does not count.
+        {"<m><a>" + ada + "</a><b>" + bob + "</b></m>", "vm", nullptr, "3"},
+        {"<m><a>" + ada + "</a>" + bob + "<b>" + ada + "</b></m>", "vm", nullptr, "3"},
+        {"<m><metric>" + ada + "</metric></m>", "vm", nullptr, ""},
+        {metric("context='vm'", " 5&#x36;<!-- -->7<![CDATA[&]]>\n"), "vm", nullptr, "567&"}}) {
+    const auto tree = MetricTree::parse(document);
+    ASSERT_NE(tree, nullptr) << document;
     s_metric found;
-    EXPECT_EQ(find_metric("Load", c.context, c.uuid, *tree, &found), c.value != nullptr)
-        << c.document;
-    EXPECT_EQ(found.value, c.value != nullptr ? c.value : "") << c.document;
-    EXPECT_FALSE(find_metric("load", c.context, c.uuid, *tree, &found));
+    EXPECT_EQ(find_metric("Load", context, uuid, *tree, &found), *value != '\0');
+    EXPECT_EQ(found.value, value) << document;
+    EXPECT_FALSE(find_metric("load", context, uuid, *tree, &found));
   }
 }
 

@@ -16,9 +16,7 @@
 #define EXPORTED __attribute__((visibility("default")))
 
 typedef int Error;
-typedef struct Handle {
-  int open;
-} Handle;
+typedef int Handle;  // whether it is open
 
 static int fails(const char* name) {
   const char* failing = getenv("GUEST_FAILS");
@@ -35,23 +33,23 @@ static uint64_t figureOf(const char* name, uint64_t own) {
   EXPORTED Error VMGuestLib_##name(Handle* handle, type* v) { \
     const type given = (type)figureOf(#name, figure);         \
     *v = fails(#name) ? (type)-7 : given;                     \
-    return fails(#name) ? 4 : handle->open ? 0 : 8;           \
+    return fails(#name) ? 4 : *handle ? 0 : 8;                \
   }
 
 #ifndef BROKEN
 static Handle g_handle;
 EXPORTED Error VMGuestLib_OpenHandle(Handle** handle) {
-  g_handle.open = 1;
+  g_handle = 1;
   *handle = &g_handle;
   return fails("OpenHandle") ? 2 : 0;
 }
 #endif
 EXPORTED Error VMGuestLib_CloseHandle(Handle* handle) {
-  handle->open = 0;
+  *handle = 0;
   return fails("CloseHandle") ? 1 : 0;
 }
 EXPORTED Error VMGuestLib_UpdateInfo(Handle* handle) {
-  return fails("UpdateInfo") ? 3 : handle->open ? 0 : 8;
+  return fails("UpdateInfo") ? 3 : *handle ? 0 : 8;
 }
 FIGURE(GetSessionId, uint64_t, 4004861987670969122)
 EXPORTED const char* VMGuestLib_GetErrorText(Error error) {
@@ -63,20 +61,20 @@ EXPORTED const char* VMGuestLib_GetErrorText(Error error) {
 }
 
 #ifndef BARE
-FIGURE(GetCpuLimitMHz, uint32_t, 0xFFFFFFFF)
-FIGURE(GetCpuReservationMHz, uint32_t, 1201)
+FIGURE(GetCpuLimitMHz, uint32_t, 1836)
+FIGURE(GetCpuReservationMHz, uint32_t, 459)
 FIGURE(GetCpuStolenMs, uint64_t, 5000000003)
 FIGURE(GetCpuUsedMs, uint64_t, 5000000004)
 FIGURE(GetHostCpuUsedMs, uint64_t, 5000000005)
 FIGURE(GetHostMemPhysFreeMB, uint64_t, 5000000006)
-FIGURE(GetHostMemPhysMB, uint64_t, 5000000007)
-FIGURE(GetHostMemSwappedMB, uint64_t, 5000000008)
-FIGURE(GetHostMemUsedMB, uint64_t, 5000000009)
+FIGURE(GetHostMemPhysMB, uint64_t, 131072)
+FIGURE(GetHostMemSwappedMB, uint64_t, 9)
+FIGURE(GetHostMemUsedMB, uint64_t, 131000)
 FIGURE(GetHostNumCpuCores, uint32_t, 1)
 FIGURE(GetHostProcessorSpeed, uint32_t, 2295)
 FIGURE(GetMemActiveMB, uint32_t, 12)
 FIGURE(GetMemBalloonedMB, uint32_t, 13)
-FIGURE(GetMemLimitMB, uint32_t, 14)
+FIGURE(GetMemLimitMB, uint32_t, 64)
 FIGURE(GetMemMappedMB, uint32_t, 15)
 FIGURE(GetMemReservationMB, uint32_t, 16)
 FIGURE(GetMemSwappedMB, uint32_t, 17)
@@ -91,16 +89,11 @@ EXPORTED Error VMGuestLib_StatGet(const char* encoding, const char* stat, char**
   if (strcmp(encoding, "xml") || !folder) return 9;
   snprintf(path, sizeof path, "%s/%s", folder, *stat ? stat : "listing");
   FILE* file = fopen(path, "rb");
-  long length = 0;
-  if (file) {
-    fseek(file, 0, SEEK_END);
-    length = ftell(file);
-    rewind(file);
-  }
-  // Exactly as long as the answer: a sanitizer sees who reads on for a zero.
-  *reply = malloc((size_t)length + !length);
-  *size = file ? fread(*reply, 1, (size_t)length, file) : 0;
+  *reply = malloc(sizeof path);
+  *size = file ? fread(*reply, 1, sizeof path, file) : 0;
   if (file) fclose(file);
+  // Exactly as long as the answer: a sanitizer sees who reads on for a zero.
+  *reply = realloc(*reply, *size + !*size);
   if (untrue) *size = strtoull(untrue, NULL, 10);
   g_given = *size;
   return file ? 0 : 10;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "providers/readers/LineScanner.h"
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -66,11 +67,6 @@ bool isToken(const MetadataAnswer& answer) {
                      [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-bool isNameByte(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' ||
-         c == '_' || c == '-' || c == ':';
-}
-
 // The names of a listing; `folders` end with a slash. The tree does not tell letter case in them.
 std::vector<std::string> namesOf(std::string_view listing, bool folders, std::size_t most) {
   std::vector<std::string> names;
@@ -104,7 +100,7 @@ std::vector<std::string_view> amazonLines(std::string_view text) {
 
 bool isAmazonName(std::string_view name) {
   return !name.empty() && name != "." && name != ".." &&
-         std::all_of(name.begin(), name.end(), isNameByte);
+         std::all_of(name.begin(), name.end(), isNameCharacter);
 }
 
 std::span<const AmazonEntry> CmpiAmazonDataCollector::guestEntries() {
@@ -178,10 +174,6 @@ bool CmpiAmazonDataCollector::openDialogue() {
 bool CmpiAmazonDataCollector::readable() {
   if (!m_readable) m_readable = openDialogue();
   return *m_readable;
-}
-
-const char* CmpiAmazonDataCollector::dataSourceStatusDescription() {
-  return readable() ? "ACTIVE" : "Check access to the instance metadata service!";
 }
 
 std::optional<std::string> CmpiAmazonDataCollector::get(const std::string& path) {

@@ -53,8 +53,6 @@ class CmpiAmazonDataCollector {
   bool readable();
   /// Of the dialogue: 2 with a token, 1 without one or when not readable.
   int version() { return readable() && m_version2 ? 2 : 1; }
-  std::uint16_t dataSourceStatus() { return readable() ? 8 : 0; }
-  const char* dataSourceStatusDescription();
 
   /// Hangs the service's metrics document into the tree, where there is one. True when there is.
   bool readMetrics();

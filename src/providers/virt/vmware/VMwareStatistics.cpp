@@ -9,6 +9,7 @@
 #include "providers/readers/LineScanner.h"
 #include "providers/virt/GuestCards.h"
 #include "providers/virt/vmware/StatisticsTree.h"
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -100,11 +101,6 @@ void readStatistics(const StatisticsTree* tree, const Statistic<Holder> (&wanted
 
 void traceMissing(const char* name) {
   BRV_TRACE(kWarning, "readVMwareStatAPI(): No value found for %s!\n", name);
-}
-
-bool isNameCharacter(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' ||
-         c == '_' || c == '-' || c == ':';
 }
 
 // False beyond the maximum.

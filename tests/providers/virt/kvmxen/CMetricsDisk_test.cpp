@@ -25,73 +25,51 @@ std::string number(std::uint32_t value) {
   for (const int shift : {24, 16, 8, 0}) bytes += static_cast<char>(value >> shift & 0xFF);
   return bytes;
 }
-
 std::string header(std::uint32_t busy, std::uint32_t checksum, std::uint32_t length) {
   return "mvbd" + number(busy) + number(checksum) + number(length);
 }
-
 std::string text(std::size_t size) {
   std::string text;
   for (std::size_t i = 0; text.size() < size; ++i) text += std::to_string(i) + ' ';
-  text.resize(size);
-  return text;
+  return text.substr(0, size);
 }
-
-// A disk with that document, as long as it needs blocks of `unit` bytes.
-std::string disk(const std::string& document, std::size_t unit = 4096) {
+// A disk with that document, of whole blocks of 4 KB.
+std::string disk(const std::string& document) {
   std::string bytes = header(0, 77, static_cast<std::uint32_t>(document.size())) + document;
-  bytes.resize((bytes.size() + unit - 1) / unit * unit, '#');
+  bytes.resize((bytes.size() + 4095) / 4096 * 4096, '#');
   return bytes;
 }
-
-// What a host does between the looks that the reader takes: one state of the disk a look, the last
-// one for ever.
-struct Dialogue {
-  std::vector<std::string> states;
-  int looks = 0;
-  int pauses = 0;
-
-  int read(std::string& document) {
-    MetricsDiskReader reader(
-        [this](std::span<char> to, off_t at) {
-          const auto look = static_cast<std::size_t>(looks++);
-          const std::string& bytes = states[std::min(look, states.size() - 1)];
-          const auto from = std::min(static_cast<std::size_t>(at), bytes.size());
-          return static_cast<ssize_t>(bytes.copy(to.data(), to.size(), from));
-        },
-        MetricsDiskReader::kBlock, [this] { ++pauses; });
-    return reader.read(document);
-  }
-};
 
 TEST(MetricsDiskReader, TakesOnlyWhatTheHostLeftAlone) {
   const std::string old = disk("old");
   const std::string fresh = header(0, 78, 5) + "fresh";
   const std::string busy = header(1, 78, 5) + "fre";
   const std::string huge = header(0, 79, UINT32_MAX);
-  struct Case {
-    std::vector<std::string> states;
-    const char* document;
-    int error;
-    int pauses;
-  };
-  for (const Case& c : {
-           Case{{old}, "old", 0, 0},
-           Case{{busy, busy, fresh}, "fresh", 0, 2},
-           Case{{old, fresh}, "fresh", 0, 1},        // another checksum afterwards
-           Case{{old, busy, fresh}, "fresh", 0, 1},  // busy afterwards
-           Case{{huge, old}, "old", 0, 1},           // a header that was half written
-           Case{{huge}, "", EFBIG, 0},
-           Case{{header(0, 1, 100) + "short"}, "", ENODATA, 0},
-           Case{{old, "xvbd"}, "", ENODATA, 0},
-           Case{{"mvbd"}, "", ENODATA, 0},
-           Case{{header(0, 1, 4) + std::string("a\0bc", 4)}, "a", 0, 0},
-       }) {
+  using States = std::vector<std::string>;  // of the disk, one a look, the last one for ever
+  for (const auto& [states, expected, error, pauses] :
+       {std::tuple{States{old}, "old", 0, 0},
+        {{busy, busy, fresh}, "fresh", 0, 2},
+        {{old, fresh}, "fresh", 0, 1},        // another checksum afterwards
+        {{old, busy, fresh}, "fresh", 0, 1},  // busy afterwards
+        {{huge, old}, "old", 0, 1},           // a header that was half written
+        {{huge}, "", EFBIG, 0},
+        {{header(0, 1, 100) + "short"}, "", ENODATA, 0},
+        {{old, "xvbd"}, "", ENODATA, 0},
+        {{"mvbd"}, "", ENODATA, 0},
+        {{header(0, 1, 4) + std::string("a\0bc", 4)}, "a", 0, 0}}) {
+    std::size_t looks = 0;
+    int paused = 0;
+    MetricsDiskReader reader(
+        [&looks, &all = states](std::span<char> to, off_t at) {
+          const std::string& bytes = all[std::min(looks++, all.size() - 1)];
+          const auto from = std::min(static_cast<std::size_t>(at), bytes.size());
+          return static_cast<ssize_t>(bytes.copy(to.data(), to.size(), from));
+        },
+        MetricsDiskReader::kBlock, [&] { ++paused; });
     std::string document = "before";
-    Dialogue dialogue{c.states};
-    EXPECT_EQ(dialogue.read(document), c.error) << c.document;
-    EXPECT_EQ(document, c.document);
-    EXPECT_EQ(dialogue.pauses, c.pauses) << c.document;
+    EXPECT_EQ(reader.read(document), error) << expected;
+    EXPECT_EQ(document, expected) << expected;
+    EXPECT_EQ(paused, pauses) << expected;
   }
 }
 
@@ -124,12 +102,9 @@ class MetricsDisk : public testing::Test {
 TEST_F(MetricsDisk, IsReadWholeWhateverItsSize) {
   for (const std::size_t size : {0U, 1U, 2'032U, 2'033U, 4'080U, 4'081U, 200'000U})
     for (const std::uint32_t block : {512U, 4096U}) {
-      const LoopDevice loop(disk(text(size), block), block);
-      ASSERT_TRUE(loop.attached());
-      const std::string name = "mvb" + std::to_string(size) + '-' + std::to_string(block);
-      add(name, loop.number());
-      EXPECT_TRUE(read()) << name;
-      EXPECT_TRUE(document == text(size)) << name << ": " << document.size() << " bytes";
+      const LoopDevice loop(disk(text(size)), block);
+      add("mvb" + std::to_string(size) + '-' + std::to_string(block), loop.number());
+      EXPECT_TRUE(read() && document == text(size)) << size << ": " << document.size() << " bytes";
       std::filesystem::remove_all(m_folder.path() / "sys/block");
     }
 }
@@ -138,7 +113,6 @@ TEST_F(MetricsDisk, IsFoundAmongOthers) {
   const LoopDevice right(disk("figures"));
   const LoopDevice other("mvbe" + std::string(4092, '\0'));
   const LoopDevice later(disk("later"));
-  ASSERT_TRUE(right.attached() && other.attached() && later.attached());
   add("a-unattached", LoopDevice::unattached());
   add("b-other", other.number());
   add("c-no-driver", makedev(4000, 0));
@@ -155,21 +129,16 @@ TEST_F(MetricsDisk, IsFoundAmongOthers) {
   EXPECT_TRUE(read(silent));
   EXPECT_EQ(document, "later");
   // One without a medium is not asked.
-  m_folder.write("proc/partitions",
-                 "major minor  #blocks  name\n\n   7        1          4 d-right\n");
+  m_folder.write("proc/partitions", "major minor  #blocks  name\n\n   7  1  4 d-right\n");
   EXPECT_FALSE(read(silent));
-  m_folder.write("proc/partitions",
-                 "major minor  #blocks  name\n\n   7        1          4 e-later\n");
+  m_folder.write("proc/partitions", "major minor  #blocks  name\n\n   7  1  4 e-later\n");
   EXPECT_TRUE(read());
   EXPECT_EQ(document, "later");
   EXPECT_EQ(trace.take(), "");
-  std::filesystem::remove_all(m_folder.path() / "sys/block");
-  EXPECT_FALSE(read());
 }
 
 TEST_F(MetricsDisk, IsNoneThatIsInUse) {
   const LoopDevice loop(disk("figures"));
-  ASSERT_TRUE(loop.attached());
   add("vda", loop.number());
   m_folder.write("proc/swaps", "Filename Type\n/dev/vdaa partition 1 0 -2\n");
   m_folder.write("sys/fs/ext4/vdb/marker", "");
@@ -190,14 +159,13 @@ TEST_F(MetricsDisk, IsNoneThatIsInUse) {
 TEST_F(MetricsDisk, ThatIsBrokenIsTold) {
   const LoopDevice loop(disk(text(6'000)).substr(0, 4'096));
   add("mvb", loop.number());
-  for (const char* told : {"No data available", "File too large"}) {
+  for (const char* told : {"OS[061]: `No data available'\n", "OS[027]: `File too large'\n"}) {
     CapturedTrace trace(trace::kError);
     EXPECT_FALSE(read());
     EXPECT_EQ(document, "");
     const std::string text = trace.take();
     EXPECT_THAT(text, HasSubstr("ERROR (CMetricsDisk.cpp/"));
-    EXPECT_THAT(text, HasSubstr("): Can't read /dev/mvb\nOS[0"));
-    EXPECT_THAT(text, HasSubstr("]: `" + std::string(told) + "'\n"));
+    EXPECT_THAT(text, HasSubstr(std::string("): Can't read /dev/mvb\n") + told));
     loop.write(header(0, 1, UINT32_MAX), 0);
   }
   CapturedTrace trace(trace::kWarning);
@@ -232,37 +200,26 @@ TEST_F(MetricsDisk, IsReadWhileItsHostWrites) {
 
 TEST(DumpCommand, GivesWhatItPrintsOrNothing) {
   const test::TemporaryFolder folder;
-  struct Case {
-    const char* script;  // null: there is none
-    const char* document;
-    const char* trace;
-  };
-  for (const Case& c : {
-           Case{"printf '<a>\\n</a>'", "<a>\n</a>\n", ""},
-           Case{"printf '<a>'; exit 3", "", "Pclose() on "},
-           Case{"", "", ""},
-           Case{"exec cat /dev/zero", "", "Pclose() on "},
-           Case{nullptr, "", "Popen() on "},
-       }) {
-    const auto path = folder.path() / "dump";
-    std::filesystem::remove(path);
-    if (c.script != nullptr) {
-      folder.write("dump", std::string("#!/bin/sh\n") + c.script + '\n');
-      std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-    }
+  const std::filesystem::path path = folder.path() / "dump";
+  for (const auto& [script, document, failure] :
+       {std::tuple{"printf '<a>\\n</a>'", "<a>\n</a>\n", ""},
+        {"printf '<a>'; exit 3", "", "Pclose() on "},
+        {"", "", ""},
+        {"exec cat /dev/zero", "", "Pclose() on "},
+        {"none", "", "Popen() on "}}) {
+    folder.write("dump", std::string("#!/bin/sh\n") + script + '\n');
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    if (script == std::string("none")) std::filesystem::remove(path);
     const HostFiles files;
     HostCommandRunner runner(files);
+    CMetricsDisk disk(files, runner, BoundedCalls::process(), path);
     CapturedTrace trace(trace::kWarning);
-    std::string document = "before";
-    const bool success =
-        CMetricsDisk(files, runner, BoundedCalls::process(), path).ExecVmDumpMetrics(document);
+    std::string output = "before";
+    EXPECT_EQ(disk.ExecVmDumpMetrics(output), *document != '\0') << script;
+    EXPECT_EQ(output, document);
     const std::string traced = trace.take();
-    EXPECT_EQ(success, *c.document != '\0') << c.script;
-    EXPECT_EQ(document, c.document);
-    if (*c.trace == '\0')
-      EXPECT_EQ(traced, "");
-    else
-      EXPECT_THAT(traced, HasSubstr(c.trace + path.string() + " failed\n"));
+    EXPECT_THAT(traced, HasSubstr(*failure ? failure + path.string() + " failed\n" : ""));
+    EXPECT_EQ(traced.empty(), *failure == '\0') << traced;
   }
 }
 

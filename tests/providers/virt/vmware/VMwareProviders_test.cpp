@@ -10,44 +10,29 @@
 #include "providers/virt/RecordedProvider.h"
 #include "providers/virt/vmware/CmpiVMwareVirtualMetricProvider.h"
 #include "providers/virt/vmware/CmpiVMwareVirtualOLMODDataProvider.h"
+#include "providers/virt/vmware/GuestDevices.h"
 
 namespace brv {
 namespace {
 
+using test::lines;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-// The adapter of the first virtual controller comes after one of ATA disks. The second disk's
-// device has no size; a bond shares the address of its card.
-constexpr const char* kHost = R"(A guest with three disks and two cards.
-== identity
-nodeName=guest5
-machine=x86_64
-== file /proc/bus/pci/devices
-0010	15ad0405	0
-== file /sys/class/dmi/id/product_name
-VMware7,1
-== file /sys/devices/system/cpu/online
-0-3
-== file /proc/cpuinfo
-processor	: 0
-model name	: Acme Fast 3000
-== file /sys/class/scsi_host/host1/proc_name
-ata_piix
-== file /sys/class/scsi_host/host2/proc_name
-vmw_pvscsi
-== file /sys/class/scsi_host/host10/proc_name
-mptspi
+// Three disks and two cards. The adapter of the first virtual controller comes after one of ATA
+// disks. The second disk's device has no size; a bond shares the address of its card.
+const std::string kHost = R"(== line /proc/bus/pci/devices 0010	15ad0405	0
+== line /sys/class/dmi/id/product_name VMware7,1
+== line /sys/class/scsi_host/host1/proc_name ata_piix
+== line /sys/class/scsi_host/host2/proc_name vmw_pvscsi
+== line /sys/class/scsi_host/host10/proc_name mptspi
 == folder /sys/bus/scsi/devices/2:0:0:0/block/sda
 == folder /sys/bus/scsi/devices/10:0:3:0/block/sdb
-== file /sys/block/sda/size
-41943040
+== line /sys/block/sda/size 41943040
 == link /sys/class/net/ens192/device ../../devices/card
-== file /sys/class/net/ens192/address
-00:50:56:ab:01:cd
-== file /sys/class/net/bond0/address
-00:50:56:ab:01:cd
+== line /sys/class/net/ens192/address 00:50:56:ab:01:cd
+== line /sys/class/net/bond0/address 00:50:56:ab:01:cd
 )";
 
 // What the library answers when it is asked for statistics.
@@ -72,9 +57,6 @@ const Answers kCoresOnly = {{"host", "<metric name=\"host.cpu.cores\">24</metric
 
 // How the library behaves: variables of its environment without "GUEST_".
 using Behaviour = std::map<std::string, std::string>;
-const Behaviour kUsual = {{"GetCpuLimitMHz", "1836"},     {"GetCpuReservationMHz", "459"},
-                          {"GetMemLimitMB", "64"},        {"GetHostMemUsedMB", "131000"},
-                          {"GetHostMemPhysMB", "131072"}, {"GetHostMemSwappedMB", "9"}};
 const Behaviour kNoUpdate = {{"FAILS", "UpdateInfo"}, {"ERROR", "not now"}};
 const Behaviour kNoLimits = {{"GetCpuLimitMHz", "4294967295"},
                              {"GetCpuReservationMHz", "4294967295"},
@@ -124,37 +106,31 @@ class VMwareProviders : public testing::Test {
   }
 
   template <class Provider>
-  List<CIMObject> objects(const char* className, const Answers& answers = kAnswers,
-                          const Behaviour& later = {}, const std::string& host = kHost) {
-    const test::RecordedHost recorded(host);
+  static List<CIMObject> objects(const char* className, const Behaviour& later = {},
+                                 const Answers& answers = kAnswers, const char* changes = "") {
     const test::TemporaryFolder folder;
     for (const auto& [category, metrics] : answers)
       folder.write(category, "<metrics>" + metrics + "</metrics>");
-    behave(kUsual);
     behave({{"STATISTICS", folder.path().string()}});
     s_later = &later;
-    List<CIMObject> out = test::reported<Provider>(recorded, className);
-    for (const Behaviour& behaviour : {kUsual, later, Behaviour{{"STATISTICS", ""}}})
-      for (const auto& [name, how] : behaviour) unsetenv(("GUEST_" + name).c_str());
+    List<CIMObject> out = test::reported<Provider>(kHost + changes, className);
+    for (const auto& [name, how] : later) unsetenv(("GUEST_" + name).c_str());
+    unsetenv("GUEST_STATISTICS");
     return out;
   }
   template <class Provider>
-  std::string list(const char* className, const Behaviour& later = {}) {
-    return test::RecordedHost::text(objects<Provider>(className, kAnswers, later));
+  static std::string list(const char* className, const Behaviour& later = {}) {
+    return test::RecordedHost::text(objects<Provider>(className, later));
   }
-  // Lines "id value".
-  std::string values(const Behaviour& later = {}, const Answers& answers = kAnswers) {
-    return test::lines(objects<Metrics>("BRV_MetricValue", answers, later),
-                       {"MetricDefinitionId", "MetricValue"});
-  }
-  // Of this machine: no function of the library tells it.
-  std::string installedKb(std::uint64_t megabytes = 0) {
-    EXPECT_TRUE(m_library->getInstMemMB(&megabytes));
-    return std::to_string(megabytes * 1024);
+  static std::string values(const Behaviour& later = {}, const Answers& answers = kAnswers) {
+    return lines(objects<Metrics>("BRV_MetricValue", later, answers),
+                 {"MetricDefinitionId", "MetricValue"});
   }
 
   const HostFiles m_own;
   std::unique_ptr<VMwareGuestAPI> m_library;
+  // Of this machine: no function of the library tells it.
+  const std::string m_installedKb = std::to_string(*installedMemoryMB(m_own) * 1024) + '\n';
 };
 
 TEST_F(VMwareProviders, MetricsOfAllFunctions) {
@@ -167,14 +143,12 @@ TEST_F(VMwareProviders, MetricsOfAllFunctions) {
             "HCS.CurrentClockSpeed 2295\nHCS.TotalVisibleMemorySize 134217728\n"
             "HCS.PhysicalMemoryConsumed 134144000\nHCS.CPUTimeUsed 5000000005\n");
   const auto values = objects<Metrics>("brvvmware_metricvalue");
-  ASSERT_FALSE(values.empty());
   EXPECT_EQ(values[0].GetValue("CreationClassName").view(), "BRVVMware_MetricValue");
   const std::string fraction = std::to_string(1'000'000 + m_library->lastUpdate().tv_usec);
   EXPECT_EQ(values[0].GetValue("TimeStamp").view().substr(14, 7), '.' + fraction.substr(1));
 }
 
 TEST_F(VMwareProviders, MetricsOfOtherGuests) {
-  const std::string installed = installedKb();
   const struct {
     Behaviour behaviour;
     Answers answers;
@@ -183,7 +157,7 @@ TEST_F(VMwareProviders, MetricsOfOtherGuests) {
   } kCases[] = {
       {{{"GetCpuLimitMHz", "9999"}}, kAnswers, "VCS.MaximumCPUCapacity 1\n", "-"},
       {kNoLimits, kAnswers, "VCS.MaximumCPUCapacity 1\nVCS.StealTime", "Guaranteed"},
-      {kNoLimits, {}, "VCS.MemoryMaximum " + installed + "\nVCS.MemoryConsumed", "SwappedOut"},
+      {kNoLimits, {}, "VCS.MemoryMaximum " + m_installedKb, "SwappedOut"},
       {{{"GetHostProcessorSpeed", "0"}}, {}, "VCS.StealTime", "HCS.CurrentClockSpeed"},
       {{{"GetHostMemPhysMB", "18014398509481984"}}, {}, "HCS.Physical", "HCS.TotalVisible"},
       {{}, kCoresOnly, "HCS.CPUCount 24\n", "-"},
@@ -194,93 +168,66 @@ TEST_F(VMwareProviders, MetricsOfOtherGuests) {
     EXPECT_THAT(values(behaviour, answers), AllOf(HasSubstr(has), Not(HasSubstr(lacks))));
 }
 
-TEST_F(VMwareProviders, OptionalFunctionsAreNotMissedAloud) {
-  use(GUEST_LIBRARY_BARE);
-  test::CapturedTrace trace(trace::kError);
-  EXPECT_EQ(values(), "");
-  EXPECT_EQ(list<Inventory>("BRV_OLMODVirtualStorage"), "");
-  EXPECT_EQ(trace.take(), "");
-  EXPECT_EQ(test::s_refusal, "");
-}
-
 TEST_F(VMwareProviders, ASourceThatCannotBeReadIsNoFailure) {
+  const std::string disks = list<Inventory>("BRV_OLMODVirtualStorage", kNoUpdate);
+  const std::string ports = list<Inventory>("BRV_OLMODVirtualNetworkPort", kNoUpdate);
+  EXPECT_EQ(values(kNoUpdate) + disks + ports + test::s_refusal, "");
   EXPECT_THAT(list<Metrics>("BRV_ProviderCapabilities"), HasSubstr("DataSourceStatus: 8\n"));
   EXPECT_THAT(list<Metrics>("BRV_ProviderCapabilities", kNoUpdate),
-              HasSubstr("DataSourceStatus: 0\n"
-                        "DataSourceStatusDescription: Check the VMware Tools!\n"));
-  EXPECT_EQ(values(kNoUpdate) + test::s_refusal, "");
-  EXPECT_EQ(list<Inventory>("BRV_OLMODVirtualStorage", kNoUpdate) + test::s_refusal, "");
-  EXPECT_EQ(list<Inventory>("BRV_OLMODVirtualNetworkPort", kNoUpdate) + test::s_refusal, "");
+              HasSubstr("Status: 0\nDataSourceStatusDescription: Check the VMware Tools!\n"));
   EXPECT_THAT(list<Inventory>("BRV_OLMODVirtualComputerSystem", kNoUpdate),
               AllOf(HasSubstr("ToolsLibrary: " GUEST_LIBRARY "\n\n"), Not(HasSubstr("Limit"))));
-  EXPECT_THAT(list<Inventory>("BRV_OLMODHostComputerSystem", kNoUpdate),
-              HasSubstr("VirtualizationVendor: VMware, Inc.\nProcessorModel: "));
+  // Optional functions are not missed aloud.
+  use(GUEST_LIBRARY_BARE);
+  test::CapturedTrace trace(trace::kError);
+  EXPECT_EQ(values() + list<Inventory>("BRV_OLMODVirtualStorage") + test::s_refusal, "");
+  EXPECT_EQ(trace.take(), "");
 }
 
 TEST_F(VMwareProviders, BothSystems) {
-  const std::string guest =
-      "CreationClassName: BRV_OLMODVirtualComputerSystem\nName: guest5\nNameFormat: IP\n"
-      "ElementName: VirtualComputerSystem\nVirtualizationType: VIRT_METHOD_VMWARE_ESX\n"
-      "NumberOfVirtualProcessors: 4\nModel: VMware7,1\nInstalledMemory: " +
-      installedKb() + '\n';
-  const std::string limits =
-      "MemoryLimit: 65536\nMemoryReservation: 16384\nCPULimit: 1836\nCPUReservation: 459\n";
-  const std::string session =
-      "SessionID: 4004861987670969122\nToolsLibrary: " GUEST_LIBRARY "\nSessionUpTime: 1036\n\n";
-  EXPECT_EQ(list<Inventory>("BRV_OLMODVirtualComputerSystem"), guest + limits + session);
-  EXPECT_EQ(list<Inventory>("BRV_OLMODVirtualComputerSystem", kNoLimits), guest + session);
-  EXPECT_EQ(list<Inventory>("BRV_OLMODHostComputerSystem"),
-            "CreationClassName: BRV_OLMODHostComputerSystem\nName: HostComputerSystem\n"
-            "NameFormat: Other\nElementName: HostComputerSystem\n"
-            "VirtualizationVendor: VMware, Inc.\nVirtualizationProductInfo: Acme Hypervisor 7.1\n"
-            "NumberOfCores: 24\nNumberOfLogicalProcessors: 48\nCurrentClockSpeed: 2295\n"
-            "TotalPhysicalMemory: 134217728\nSwappedMemory: 9216\n"
-            "ProcessorModel: Acme Fast 3000\n\n");
-}
-
-// A device's keys and what follows them.
-std::string device(const std::string& className, const std::string& id, const char* rest) {
-  return "CreationClassName: " + className +
-         "\nSystemCreationClassName: BRV_OLMODComputerSystem\nSystemName: guest5\nDeviceID: " + id +
-         "\nElementName: " + id + '\n' + rest + '\n';
+  const auto guest = [](const Behaviour& later) {
+    return lines(
+        objects<Inventory>("BRV_OLMODVirtualComputerSystem", later),
+        {"Name", "VirtualizationType", "Model", "MemoryLimit", "MemoryReservation", "CPULimit",
+         "CPUReservation", "SessionID", "ToolsLibrary", "SessionUpTime", "InstalledMemory"});
+  };
+  const std::string head = "guest9 VIRT_METHOD_VMWARE_ESX VMware7,1 ";
+  const std::string tail = "4004861987670969122 " GUEST_LIBRARY " 1036 " + m_installedKb;
+  EXPECT_EQ(guest({}), head + "65536 16384 1836 459 " + tail);
+  EXPECT_EQ(guest(kNoLimits), head + "    " + tail);
+  EXPECT_EQ(lines(objects<Inventory>("BRV_OLMODHostComputerSystem"),
+                  {"Name", "VirtualizationVendor", "VirtualizationProductInfo", "NumberOfCores",
+                   "NumberOfLogicalProcessors", "CurrentClockSpeed", "TotalPhysicalMemory",
+                   "SwappedMemory", "ProcessorModel"}),
+            "HostComputerSystem VMware, Inc. Acme Hypervisor 7.1 24 48 2295 134217728 9216 "
+            "Acme Fast 3000\n");
 }
 
 TEST_F(VMwareProviders, StorageAndPorts) {
-  const std::string disk = "BRV_OLMODVirtualStorage";
-  EXPECT_EQ(list<Inventory>(disk.c_str()),
-            device(disk, "scsi0:0",
-                   "GuestDevice: sda\nBlockSize: 512\nNumberOfBlocks: 41943040\nReadIOs: 1\n"
-                   "WriteIOs: 2\nKBytesRead: 3\nKBytesWritten: 4\nReadTime: 5\nWriteTime: 6\n") +
-                device(disk, "scsi1:3",
-                       "GuestDevice: sdb\nBlockSize: 512\nNumberOfBlocks -\nReadIOs -\n"
-                       "WriteIOs -\nKBytesRead -\nKBytesWritten -\nReadTime -\nWriteTime -\n") +
-                device(disk, "nvme0:0",
-                       "GuestDevice -\nBlockSize: 512\nNumberOfBlocks -\nReadIOs -\n"
-                       "WriteIOs -\nKBytesRead -\nKBytesWritten -\nReadTime -\nWriteTime -\n"));
-  const std::string port = "BRV_OLMODVirtualNetworkPort";
-  EXPECT_EQ(list<Inventory>(port.c_str()),
-            device(port, "00:50:56:ab:01:cd",
-                   "PermanentAddress: 005056AB01CD\nGuestDevice: ens192\n"
-                   "BytesReceived: 7168\nBytesTransmitted: 8\n") +
-                device(port, "00:50:56:ab:01:ce",
-                       "PermanentAddress: 005056AB01CE\nGuestDevice -\n"
-                       "BytesReceived -\nBytesTransmitted -\n"));
+  EXPECT_EQ(
+      lines(objects<Inventory>("BRV_OLMODVirtualStorage"),
+            {"SystemName", "DeviceID", "ElementName", "GuestDevice", "BlockSize", "NumberOfBlocks",
+             "ReadIOs", "WriteIOs", "KBytesRead", "KBytesWritten", "ReadTime", "WriteTime"}),
+      "guest9 scsi0:0 scsi0:0 sda 512 41943040 1 2 3 4 5 6\n"
+      "guest9 scsi1:3 scsi1:3 sdb 512       \n"
+      "guest9 nvme0:0 nvme0:0  512       \n");
+  EXPECT_EQ(lines(objects<Inventory>("BRV_OLMODVirtualNetworkPort"),
+                  {"DeviceID", "ElementName", "PermanentAddress", "GuestDevice", "BytesReceived",
+                   "BytesTransmitted"}),
+            "00:50:56:ab:01:cd 00:50:56:ab:01:cd 005056AB01CD ens192 7168 8\n"
+            "00:50:56:ab:01:ce 00:50:56:ab:01:ce 005056AB01CE   \n");
 }
 
 TEST_F(VMwareProviders, RefusalsAndFailuresToStart) {
+  const char* const kDisks = "BRV_OLMODVirtualStorage";
   s_opened = 0;
-  constexpr const char* kOther = "== file /proc/bus/pci/devices\n0010\t1af41000\t0\n";
-  objects<Metrics>("BRV_MetricValue", {}, {}, kOther);
-  EXPECT_EQ(test::s_refusal, "7 No VMware-based virtual computer system");
-  objects<Inventory>("BRV_OLMODVirtualStorage", {}, {}, kOther);
+  objects<Inventory>(kDisks, {}, {}, "== file /proc/bus/pci/devices\n0010\t1af41000\t0\n");
   EXPECT_EQ(test::s_refusal, "7 No VMware-based virtual computer system");
   EXPECT_EQ(s_opened, 0);
   behave(kNoUpdate);
-  objects<Inventory>("BRV_OLMODVirtualStorage", {}, kNoUpdate);
+  objects<Inventory>(kDisks, kNoUpdate, {});
   EXPECT_EQ(test::s_refusal, "1 Failed to update VMware guest info: not now");
   use(GUEST_LIBRARY_BROKEN);
-  objects<Inventory>("BRV_OLMODVirtualStorage");
-  EXPECT_EQ(test::s_refusal, "7 Failed to initialize VMware Guest Library");
   objects<Metrics>("BRV_MetricValue");
   EXPECT_EQ(test::s_refusal, "7 Failed to initialize VMware Guest Library");
 }
