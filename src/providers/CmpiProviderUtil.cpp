@@ -7,12 +7,15 @@
 
 namespace brv {
 
+CmpiStatus traceCmpiStatus(CmpiStatus status, trace::Level level, const trace::Place& place) {
+  if (trace::enabled(level))
+    trace::write(level, place.file, place.line, "%s [%s %d]\n", status.what(),
+                 std::string(trace::unitName(place.file)).c_str(), place.line);
+  return status;
+}
+
 void throwCmpiStatus(const CmpiStatus& status, const trace::Place& place) {
-  const std::string unit(trace::unitName(place.file));
-  if (trace::enabled(trace::kDetail))
-    trace::write(trace::kDetail, place.file, place.line, "%s [%s %d]\n", status.what(),
-                 unit.c_str(), place.line);
-  throw status;
+  throw traceCmpiStatus(status, trace::kDetail, place);
 }
 
 void traceOddLines(const char* path, const OddLines& lines, const trace::Place& place) {

@@ -10,8 +10,12 @@ namespace brv {
 /// The namespace that all classes of the compiled-in providers live in.
 inline constexpr const char* kProviderNamespace = "root/cimv2";
 
-/// Throws `status` after a trace of its message, or of the text of its code, with the place that
-/// throws.
+/// Traces the message of a bad status, or the text of its code, with the place, at level 3 unless
+/// it goes no further than the trace. The status itself.
+CmpiStatus traceCmpiStatus(CmpiStatus status, trace::Level level = trace::kDetail,
+                           const trace::Place& place = trace::Place::current());
+
+/// Throws `status` after its trace.
 [[noreturn]] void throwCmpiStatus(const CmpiStatus& status,
                                   const trace::Place& place = trace::Place::current());
 

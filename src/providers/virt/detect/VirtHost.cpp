@@ -26,7 +26,7 @@ bool isOfThisMachine(const HostFiles& files) {
   if (!files.hasOwnRoot()) return true;
   FileBuffer own;
   FileBuffer other;
-  return HostFiles().read(kBootId, own) == 0 && files.read(kBootId, other) == 0 &&
+  return files.read(kBootId, other) == 0 && HostFiles().read(kBootId, own) == 0 &&
          own.view() == other.view();
 }
 
@@ -51,10 +51,13 @@ const VirtHost::File& VirtHost::file(const char* path) {
   return entry->second;
 }
 
-bool VirtHost::exists(const char* folder, const char* name) const {
-  int error = 0;
-  const auto opened = m_files.openFolder(folder, error);
-  return opened != nullptr && opened->exists(name);
+bool VirtHost::isOpenVz() {
+  if (!m_openVz) {
+    int error = 0;
+    const auto folder = m_files.openFolder("/proc/vz", error);
+    m_openVz = folder != nullptr && folder->exists("veinfo_redir");
+  }
+  return *m_openVz;
 }
 
 CpuidLeaf VirtHost::cpuid(std::uint32_t leaf) {

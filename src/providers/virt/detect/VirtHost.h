@@ -46,8 +46,8 @@ class VirtHost {
   const HostFiles& files() const { return m_files; }
   /// `path` must be a constant; the answer is valid as long as this.
   const File& file(const char* path);
-  /// Whether `folder` has an entry `name`.
-  bool exists(const char* folder, const char* name) const;
+  /// Whether there is /proc/vz/veinfo_redir.
+  bool isOpenVz();
   CpuidLeaf cpuid(std::uint32_t leaf);
   MetadataAnswer exchange(std::string_view request, const MetadataLimits& limits) const {
     return m_exchange(request, limits);
@@ -63,6 +63,7 @@ class VirtHost {
   FileBuffer m_buffer;
   std::map<std::string_view, File> m_texts;
   std::map<std::uint32_t, CpuidLeaf> m_leaves;
+  std::optional<bool> m_openVz;
 };
 
 }  // namespace brv

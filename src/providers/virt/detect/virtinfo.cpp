@@ -152,7 +152,7 @@ t_virt_type typeOfContainer(VirtHost& host) {
   const VirtHost::File& file = host.file(kFirstEnvironment);
   if (file.error != 0)
     BRV_TRACE(kWarning, "Could not open %s, error=%d\n", kFirstEnvironment, file.error);
-  const bool inside = isContainerEnvironment(file.text) || host.exists("/proc/vz", "veinfo_redir");
+  const bool inside = isContainerEnvironment(file.text) || host.isOpenVz();
   return inside ? VIRT_METHOD_LINUX_CONTAINER : VIRT_METHOD_NONE;
 }
 

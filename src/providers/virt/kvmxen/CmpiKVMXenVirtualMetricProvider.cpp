@@ -10,11 +10,11 @@ void CmpiKVMXenVirtualMetricProvider::createSource() {
 }
 
 bool CmpiKVMXenVirtualMetricProvider::isSourceReadable() {
-  return m_collector->tryGetMetricData();
+  return m_collector->GetMetricData().rc() == CMPI_RC_OK;
 }
 
 bool CmpiKVMXenVirtualMetricProvider::readFigures(VirtualFigures& figures) {
-  if (!m_collector->tryGetMetricData()) return false;
+  if (m_collector->GetMetricData().rc() != CMPI_RC_OK) return false;
   setFigures(m_collector->GetKvmXenVirtInfo(), figures);
   figures.takenAt = m_collector->GetKvmXenVirtInfo().sampleTime;
   figures.stealMs = readGuestTimes(host().files).stealMs;

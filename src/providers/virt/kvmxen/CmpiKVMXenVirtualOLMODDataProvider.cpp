@@ -13,7 +13,7 @@ void CmpiKVMXenVirtualOLMODDataProvider::createSource() {
 
 void CmpiKVMXenVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, VirtualSystem& system) {
   std::string uuid;
-  if (m_collector->tryGetMetricData()) {
+  if (m_collector->GetMetricData().rc() == CMPI_RC_OK) {
     const KvmXenVirtInfo& info = m_collector->GetKvmXenVirtInfo();
     system.memoryLimitKb = info.guestMemoryLimit;
     system.processorLimit = info.processorLimit;
@@ -26,7 +26,7 @@ void CmpiKVMXenVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, Virtua
 }
 
 void CmpiKVMXenVirtualOLMODDataProvider::describeHostSystem(HostSystem& system) {
-  if (!m_collector->tryGetMetricData()) return;
+  if (m_collector->GetMetricData().rc() != CMPI_RC_OK) return;
   const KvmXenVirtInfo& info = m_collector->GetKvmXenVirtInfo();
   system.name = info.hostSystemInfo.value_or("");
   system.virtualizationVendor = info.virtualizationVendor.value_or("");

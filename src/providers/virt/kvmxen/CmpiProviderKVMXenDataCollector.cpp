@@ -19,31 +19,23 @@ std::uint64_t now() {
 
 }  // namespace
 
-void CmpiProviderKVMXenDataCollector::GetMetricData() {
+CmpiStatus CmpiProviderKVMXenDataCollector::GetMetricData() {
   m_info = {};
   std::string document;
   if (!m_source.ExecVmDumpMetrics(document) && !m_source.ReadMetrics(document))
-    throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "ReadMetrics() failed"));
+    return traceCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "ReadMetrics() failed"), trace::kWarning);
   const std::uint64_t pollTime = now();
   const std::unique_ptr<MetricTree> tree = MetricTree::parse(document);
   if (tree == nullptr)
-    throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Parsing of XML buffer failed."));
+    return traceCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Parsing of XML buffer failed."),
+                           trace::kWarning);
   std::string uuid;
   if (GetVmGuid(uuid))
     m_info.guestUuid = std::move(uuid);
   else
     BRV_TRACE(kWarning, "Will not be able to map some VM metrics to current VM");
   readVirtInfo(*tree, pollTime, m_info);
-}
-
-bool CmpiProviderKVMXenDataCollector::tryGetMetricData() {
-  try {
-    GetMetricData();
-    return true;
-  } catch (const CmpiStatus& status) {
-    BRV_TRACE(kWarning, "%s\n", status.what());
-    return false;
-  }
+  return CmpiStatus(CMPI_RC_OK);
 }
 
 }  // namespace brv

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "cmpi/CmpiStatus.h"
 #include "providers/inventory/InventoryHost.h"
 #include "providers/virt/kvmxen/CMetricsDisk.h"
 #include "providers/virt/kvmxen/KvmXenVirtInfo.h"
@@ -20,11 +21,10 @@ class CmpiProviderKVMXenDataCollector {
   CmpiProviderKVMXenDataCollector(const HostFiles& files, const CMetricsDisk& source)
       : m_files(files), m_source(source) {}
 
-  /// Reads the document anew. Throws a CmpiStatus when there is none or it cannot be parsed; what
-  /// was known before is forgotten then too. May wait for the host, see CMetricsDisk.
-  void GetMetricData();
-  /// The same; false when it failed, with the cause on the trace.
-  bool tryGetMetricData();
+  /// Reads the document anew. Code 1, after a trace, when there is none, as on most guests, or it
+  /// cannot be parsed; what was known before is forgotten then too. May wait for the host, see
+  /// CMetricsDisk.
+  CmpiStatus GetMetricData();
   bool GetVmGuid(std::string& uuid) const { return readVmGuid(m_files, uuid); }
 
   const KvmXenVirtInfo& GetKvmXenVirtInfo() const { return m_info; }

@@ -73,8 +73,8 @@ TEST(KVMXenMetrics, WhatTheDocumentLacksIsLeftOut) {
               HasSubstr("VCS.MemoryMaximum has no value: the memory limit is not known\n"));
   // Without a document there is nothing, not even the guest's own figures.
   for (const auto& [document, failure] :
-       {std::pair{std::string("== file /usr/sbin/vm-dump-metrics\n"), "ReadMetrics() failed\n"},
-        {dump("<metric>"), "Parsing of XML buffer failed.\n"}}) {
+       {std::pair{std::string("== file /usr/sbin/vm-dump-metrics\n"), "ReadMetrics() failed ["},
+        {dump("<metric>"), "Parsing of XML buffer failed. ["}}) {
     test::CapturedTrace failed(trace::kWarning);
     EXPECT_EQ(values<KVM>(kKVM + document) + test::s_refusal, "");
     EXPECT_THAT(failed.take(), HasSubstr(failure));
