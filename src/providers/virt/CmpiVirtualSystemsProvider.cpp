@@ -30,7 +30,13 @@ CmpiStatus CmpiVirtualSystemsProvider::enumInstances(const CmpiContext& context,
     result.returnDone();
     return CmpiStatus(CMPI_RC_OK);
   }
-  return CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED);
+  if (!enumDevices(className, result)) return CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED);
+  result.returnDone();
+  return CmpiStatus(CMPI_RC_OK);
+}
+
+bool CmpiVirtualSystemsProvider::enumDevices(const CmpiString&, CmpiResult&) {
+  return false;
 }
 
 CmpiInstance CmpiVirtualSystemsProvider::createSystem(const char* className, const char* name,

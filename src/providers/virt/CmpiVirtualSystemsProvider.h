@@ -16,6 +16,8 @@ class CmpiVirtualSystemsProvider : public CmpiVirtualOLMODDataProvider {
  public:
   static constexpr const char* kVirtualComputerSystem = "BRV_OLMODVirtualComputerSystem";
   static constexpr const char* kHostComputerSystem = "BRV_OLMODHostComputerSystem";
+  static constexpr const char* kStorage = "BRV_OLMODVirtualStorage";
+  static constexpr const char* kPort = "BRV_OLMODVirtualNetworkPort";
   /// Name of a host that does not tell its guests who it is.
   static constexpr const char* kAnonymousHost = "HostComputerSystem";
 
@@ -26,8 +28,7 @@ class CmpiVirtualSystemsProvider : public CmpiVirtualOLMODDataProvider {
 
   /// Answers code 7 on a host of another platform.
   CmpiStatus initialize(const CmpiContext& context) override;
-  /// A class other than the two systems and the capabilities answers code 7; one that serves more
-  /// comes here with the rest.
+  /// A class that the provider does not serve answers code 7.
   CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
                            const CmpiObjectPath& path, const char** properties) override;
 
@@ -45,6 +46,8 @@ class CmpiVirtualSystemsProvider : public CmpiVirtualOLMODDataProvider {
   void enumVCSInstances(const CmpiContext& context, CmpiResult& result);
   void enumHCSInstances(const CmpiContext& context, CmpiResult& result);
   virtual void enumProvCapInstances(const CmpiContext& context, CmpiResult& result);
+  /// Reports a class beyond these; false for one that the provider does not serve.
+  virtual bool enumDevices(const CmpiString& className, CmpiResult& result);
 
  private:
   CmpiInstance createSystem(const char* className, const char* name, const char* nameFormat) const;

@@ -13,8 +13,9 @@ namespace brv {
 std::string plainMacAddress(std::string_view mac) {
   std::string plain;
   for (std::size_t i = 0; i < mac.size(); ++i) {
-    if (i % 3 == 2 ? mac[i] != ':' : hexDigit(mac[i]) < 0) return {};
-    if (i % 3 != 2) plain += "0123456789ABCDEF"[hexDigit(mac[i])];
+    const int digit = hexDigit(mac[i]);
+    if (i % 3 == 2 ? mac[i] != ':' : digit < 0) return {};
+    if (digit >= 0) plain += "0123456789ABCDEF"[digit];
   }
   return mac.size() == 17 ? plain : std::string();
 }

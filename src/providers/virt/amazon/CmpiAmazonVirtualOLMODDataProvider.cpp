@@ -88,29 +88,20 @@ CmpiStatus CmpiAmazonVirtualOLMODDataProvider::enumInstances(const CmpiContext& 
                                                              const CmpiObjectPath& path,
                                                              const char** properties) {
   m_collector = openCollector();
-  return enumerate(context, result, path, properties);
+  return CmpiVirtualSystemsProvider::enumInstances(context, result, path, properties);
 }
 
-CmpiStatus CmpiAmazonVirtualOLMODDataProvider::enumerate(const CmpiContext& context,
-                                                         CmpiResult& result,
-                                                         const CmpiObjectPath& path,
-                                                         const char** properties) {
-  constexpr struct {
-    const char* className;
-    void (Self::*enumerate)(CmpiResult& result);
-  } kClasses[] = {
-      {kStorage, &Self::enumStorage},
-      {kPort, &Self::enumPorts},
-      {kHostProcessor, &Self::enumHostProcessors},
-  };
-  const CmpiString className = path.getClassName();
-  for (const auto& served : kClasses) {
-    if (!className.equalsIgnoreCase(served.className)) continue;
-    (this->*served.enumerate)(result);
-    result.returnDone();
-    return CmpiStatus(CMPI_RC_OK);
-  }
-  return CmpiVirtualSystemsProvider::enumInstances(context, result, path, properties);
+bool CmpiAmazonVirtualOLMODDataProvider::enumDevices(const CmpiString& className,
+                                                     CmpiResult& result) {
+  if (className.equalsIgnoreCase(kStorage))
+    enumStorage(result);
+  else if (className.equalsIgnoreCase(kPort))
+    enumPorts(result);
+  else if (className.equalsIgnoreCase(kHostProcessor))
+    enumHostProcessors(result);
+  else
+    return false;
+  return true;
 }
 
 void CmpiAmazonVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, VirtualSystem& system) {
@@ -174,7 +165,8 @@ CmpiStatus CmpiAmazonVirtualOLMODDataProvider::associators(const CmpiContext& co
   if (isAmazonAssociation(view(path.getClassName().charPtr()), view(assocClass),
                           view(resultClass)) &&
       exists(path))
-    return enumerate(context, result, CmpiObjectPath(kProviderNamespace, assocClass), properties);
+    return CmpiVirtualSystemsProvider::enumInstances(
+        context, result, CmpiObjectPath(kProviderNamespace, assocClass), properties);
   result.returnDone();
   return CmpiStatus(CMPI_RC_OK);
 }

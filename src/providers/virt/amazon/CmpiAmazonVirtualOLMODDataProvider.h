@@ -15,8 +15,6 @@ namespace brv {
 class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
                                            public CmpiAssociationMI {
  public:
-  static constexpr const char* kStorage = "BRV_OLMODVirtualStorage";
-  static constexpr const char* kPort = "BRV_OLMODVirtualNetworkPort";
   static constexpr const char* kHostProcessor = "BRV_OLMODHostComputerSystemProcessor";
 
   CmpiAmazonVirtualOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
@@ -39,13 +37,11 @@ class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
   void describeHostSystem(HostSystem& system) override;
   void enumProvCapInstances(const CmpiContext& context, CmpiResult& result) override;
+  bool enumDevices(const CmpiString& className, CmpiResult& result) override;
 
  private:
   using Keys = std::vector<std::string>;
 
-  /// The instances of the path's class, with what the collector of the request has asked already.
-  CmpiStatus enumerate(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& path,
-                       const char** properties);
   void enumStorage(CmpiResult& result);
   void enumPorts(CmpiResult& result);
   void enumHostProcessors(CmpiResult& result);

@@ -18,9 +18,6 @@ namespace {
 
 using Api = VMwareGuestAPI;
 
-constexpr const char* kStorage = "BRV_OLMODVirtualStorage";
-constexpr const char* kPort = "BRV_OLMODVirtualNetworkPort";
-
 // In blocks of 512 bytes, whatever those of the disk are. `device` may be empty.
 std::optional<std::uint64_t> blocksOf(const std::string& device, const HostFiles& files,
                                       FileBuffer& buffer) {
@@ -50,24 +47,15 @@ void CmpiVMwareVirtualOLMODDataProvider::createSource() {
                                                        ucToUtf8(library().getLastErrorInfo())));
 }
 
-CmpiStatus CmpiVMwareVirtualOLMODDataProvider::enumInstances(const CmpiContext& context,
-                                                             CmpiResult& result,
-                                                             const CmpiObjectPath& path,
-                                                             const char** properties) {
-  using Provider = CmpiVMwareVirtualOLMODDataProvider;
-  constexpr struct {
-    const char* className;
-    void (Provider::*enumerate)(CmpiResult&);
-  } kClasses[] = {{kStorage, &Provider::enumStorageInstances},
-                  {kPort, &Provider::enumPortInstances}};
-  const CmpiString className = path.getClassName();
-  for (const auto& served : kClasses) {
-    if (!className.equalsIgnoreCase(served.className)) continue;
-    (this->*served.enumerate)(result);
-    result.returnDone();
-    return CmpiStatus(CMPI_RC_OK);
-  }
-  return CmpiVirtualSystemsProvider::enumInstances(context, result, path, properties);
+bool CmpiVMwareVirtualOLMODDataProvider::enumDevices(const CmpiString& className,
+                                                     CmpiResult& result) {
+  if (className.equalsIgnoreCase(kStorage))
+    enumStorageInstances(result);
+  else if (className.equalsIgnoreCase(kPort))
+    enumPortInstances(result);
+  else
+    return false;
+  return true;
 }
 
 void CmpiVMwareVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, VirtualSystem& system) {

@@ -13,9 +13,6 @@ class CmpiVMwareVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider, pu
   CmpiVMwareVirtualOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
                                      InventoryHost inventoryHost = InventoryHost::process());
 
-  CmpiStatus enumInstances(const CmpiContext& context, CmpiResult& result,
-                           const CmpiObjectPath& path, const char** properties) override;
-
  protected:
   /// Fails too when the library has nothing to tell at the start. What cannot be read later costs
   /// properties of the systems, and all disks and cards, but fails no request.
@@ -23,6 +20,7 @@ class CmpiVMwareVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider, pu
   const VirtualPlatform& platform() const override { return VirtualPlatform::kVMware; }
   void describeVirtualSystem(Firmware& firmware, VirtualSystem& system) override;
   void describeHostSystem(HostSystem& system) override;
+  bool enumDevices(const CmpiString& className, CmpiResult& result) override;
 
  private:
   void enumStorageInstances(CmpiResult& result);

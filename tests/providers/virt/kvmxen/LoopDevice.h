@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <linux/loop.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/sysmacros.h>
@@ -23,6 +24,7 @@ class LoopDevice {
  public:
   explicit LoopDevice(std::string_view content, std::uint32_t blockSize = 512)
       : m_content(::memfd_create("disk", MFD_CLOEXEC)) {
+    waitForOtherTests();
     write(content, 0);
     const Descriptor control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
     for (int attempt = 0; attempt < 50 && !attached(); ++attempt) {  // others take them too
@@ -57,6 +59,13 @@ class LoopDevice {
 
  private:
   static constexpr unsigned LOOP_MAJOR = 7;
+
+  // From now to the end of the process nobody else attaches what a test calls unattached.
+  static void waitForOtherTests() {
+    static const Descriptor s_lock(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
+    ::flock(s_lock.get(), LOCK_EX);
+  }
+
   Descriptor m_content;
   Descriptor m_device;
   int m_number = -1;
