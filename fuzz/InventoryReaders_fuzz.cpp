@@ -15,9 +15,9 @@
 #include "providers/inventory/readers/PidStatus.h"
 #include "providers/inventory/readers/ProcSysinfo.h"
 #include "providers/inventory/readers/Utmp.h"
-#include "providers/inventory/readers/Uuid.h"
 #include "providers/inventory/readers/ValueText.h"
 #include "providers/inventory/readers/ZoneFile.h"
+#include "providers/virt/detect/Uuid.h"
 #include "runtime/Ascii.h"
 #include "runtime/UcText.h"
 

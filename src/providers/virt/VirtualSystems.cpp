@@ -7,20 +7,12 @@
 #include "providers/CmpiProviderUtil.h"
 #include "providers/inventory/MachineFacts.h"
 #include "providers/inventory/readers/CpuInfo.h"
-#include "providers/virt/VirtualFigures.h"
 #include "providers/virt/detect/CmpiVirtualizationDetector.h"
 #include "runtime/Trace.h"
 
 namespace brv {
 
-namespace {
-
-template <class Number>
-std::optional<Number> unless(Number none, std::optional<Number> value) {
-  return value == none ? std::nullopt : value;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 VirtualSystem describeGuest(const InventoryHost& host, Firmware& firmware) {
   VirtualSystem system;
@@ -60,9 +52,9 @@ void setVirtualSystem(PropertyWriter& properties, const VirtualSystem& system) {
   properties.text("Model", system.model);
   properties.text("UUID", system.uuid);
   properties.number("InstalledMemory", system.installedMemoryKb);
-  properties.number("MemoryLimit", unless(VirtualFigures::kUnlimitedKb, system.memoryLimitKb));
+  properties.number("MemoryLimit", system.memoryLimitKb);
   properties.number("MemoryReservation", system.memoryReservationKb);
-  properties.number("CPULimit", unless(VirtualFigures::kUnlimitedMhz, system.cpuLimitMhz));
+  properties.number("CPULimit", system.cpuLimitMhz);
   properties.number("CPUReservation", system.cpuReservationMhz);
   properties.number("ProcessorLimit", system.processorLimit);
   properties.text("SessionID", system.sessionId);
@@ -80,7 +72,7 @@ void setHostSystem(PropertyWriter& properties, const HostSystem& system) {
   properties.number("NumberOfCores", system.cores);
   properties.number("NumberOfLogicalProcessors", system.logicalProcessors);
   properties.number("CurrentClockSpeed", system.clockMhz);
-  properties.number("TotalPhysicalMemory", unless(std::uint64_t{0}, system.memoryKb));
+  properties.number("TotalPhysicalMemory", system.memoryKb);
   properties.number("SwappedMemory", system.swappedMemoryKb);
   properties.text("ProcessorModel", system.processorModel);
 }

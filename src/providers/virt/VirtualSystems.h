@@ -21,8 +21,7 @@ struct PropertyText {
   std::string value;  ///< empty: absent
 };
 
-/// BRV_OLMODVirtualComputerSystem without its keys. A limit of VirtualFigures::kUnlimited... is
-/// none.
+/// BRV_OLMODVirtualComputerSystem without its keys. What is unlimited has no limit here.
 struct VirtualSystem {
   // Of all platforms, see describeGuest(), but for the last.
   std::string virtualizationType;
@@ -60,7 +59,7 @@ struct HostSystem {
   std::optional<std::uint32_t> cores;
   std::optional<std::uint32_t> logicalProcessors;
   std::optional<std::uint32_t> clockMhz;
-  std::optional<std::uint64_t> memoryKb;  ///< 0 is as good as not known
+  std::optional<std::uint64_t> memoryKb;
   std::optional<std::uint64_t> swappedMemoryKb;
   std::string processorModel;
 };

@@ -39,8 +39,7 @@ bool CmpiVMwareVirtualMetricProvider::readFigures(VirtualFigures& figures) {
 void CmpiVMwareVirtualMetricProvider::readGuestFigures(VirtualFigures& figures) {
   figures.mostProcessors = count(library().getMaxCPUCount());
   figures.cpuLimitMhz = ask(&Api::getCpuLimitMHz);
-  figures.cpuReservationMhz = ask(&Api::getCpuReservationMHz);
-  if (figures.cpuReservationMhz == Api::kUnlimited) figures.cpuReservationMhz.reset();
+  figures.cpuReservationMhz = limited(ask(&Api::getCpuReservationMHz));
   figures.stealMs = ask(&Api::getCpuStolenMs);
   figures.cpuUsedMs = ask(&Api::getCpuUsedMs);
   figures.installedMemoryKb = kilobytes(ask(&Api::getInstMemMB));

@@ -9,7 +9,6 @@
 #include "providers/CmpiProviderUtil.h"
 #include "providers/readers/LineScanner.h"
 #include "providers/virt/GuestCards.h"
-#include "providers/virt/VirtualFigures.h"
 #include "providers/virt/vmware/GuestDevices.h"
 
 namespace brv {
@@ -63,12 +62,10 @@ void CmpiVMwareVirtualOLMODDataProvider::describeVirtualSystem(Firmware&, Virtua
   system.installedMemoryKb = kilobytes(ask(&Api::getInstMemMB));
   system.toolsLibrary = library().libraryPath();
   if (!library().updateInfo()) return;
-  if (const auto limit = ask(&Api::getMemLimitMB))
-    system.memoryLimitKb = VirtualFigures::kilobytesOfMb(*limit);
+  system.memoryLimitKb = kilobytes(ask(&Api::getMemLimitMB));
   system.memoryReservationKb = kilobytes(ask(&Api::getMemReservationMB));
-  system.cpuLimitMhz = ask(&Api::getCpuLimitMHz);
-  system.cpuReservationMhz = ask(&Api::getCpuReservationMHz);
-  if (system.cpuReservationMhz == Api::kUnlimited) system.cpuReservationMhz.reset();
+  system.cpuLimitMhz = limited(ask(&Api::getCpuLimitMHz));
+  system.cpuReservationMhz = limited(ask(&Api::getCpuReservationMHz));
   if (const auto id = ask(&Api::getSessionID)) system.sessionId = std::to_string(*id);
   library().readVMwareStatAPI(false);
   system.sessionUpTime = library().statistics().uptime;
@@ -83,7 +80,8 @@ void CmpiVMwareVirtualOLMODDataProvider::describeHostSystem(HostSystem& system) 
   system.cores = hostCores();
   system.logicalProcessors = count(library().statistics().hostThreads);
   system.clockMhz = count(ask(&Api::getHostProcessorSpeed));
-  system.memoryKb = kilobytes(ask(&Api::getHostMemPhysMB));
+  if (const auto memory = kilobytes(ask(&Api::getHostMemPhysMB)); memory && *memory != 0)
+    system.memoryKb = memory;
   system.swappedMemoryKb = kilobytes(ask(&Api::getHostMemSwappedMB));
 }
 

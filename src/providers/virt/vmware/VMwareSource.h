@@ -45,6 +45,11 @@ class VMwareSource {
     return amount;
   }
 
+  /// All ones are none.
+  static std::optional<std::uint32_t> limited(std::optional<std::uint32_t> megahertz) {
+    return megahertz && *megahertz == VMwareGuestAPI::kUnlimited ? std::nullopt : megahertz;
+  }
+
   /// Of processors, or MHz: of a host that does not tell they are 0.
   static std::optional<std::uint32_t> count(std::optional<std::uint64_t> number);
   /// Cores of the host, best source first. Needs readVMwareStatAPI().
