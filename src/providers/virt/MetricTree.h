@@ -19,12 +19,10 @@ struct s_metric {
 
 /// A tree of XML elements that hypervisors, libraries and metadata services tell their figures in:
 /// elements "metric" at any depth below a root, with attributes type, context, uuid and unit and
-/// the children "name" and "value". What is parsed is not trusted: no DTD, no entities but the five
-/// predefined and numeric ones, depth and size limited.
+/// the children "name" and "value". What is parsed is not trusted, see UntrustedXml.h.
 class MetricTree {
  public:
   static constexpr std::size_t kLargestDocument = 64 * 1024 * 1024;  ///< bytes
-  static constexpr int kDeepest = 64;
 
   /// A root "metrics" without children.
   MetricTree();

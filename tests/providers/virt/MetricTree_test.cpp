@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "providers/virt/UntrustedXml.h"
+
 namespace brv {
 namespace {
 
@@ -15,7 +17,7 @@ std::string nested(int depth) {
 
 TEST(MetricTree, RefusesWhatIsNoHarmlessDocument) {
   for (const std::string& good :
-       {nested(MetricTree::kDeepest), std::string("<m/>"),
+       {nested(kDeepestXml), std::string("<m/>"),
         std::string("\xEF\xBB\xBF<?xml version='1.0'?>\n<!-- <!DOCTYPE & -->"
                     "<m a=\"'&lt;>\"><![CDATA[<!DOCTYPE &x; ]]>&#x41;</m>\n")})
     EXPECT_NE(MetricTree::parse(good), nullptr) << good;
@@ -25,7 +27,7 @@ TEST(MetricTree, RefusesWhatIsNoHarmlessDocument) {
         "<m>&#xD800;</m>", "<m>a&b</m>", "<!-- <m/>"})
     EXPECT_EQ(MetricTree::parse(bad), nullptr) << bad;
   EXPECT_EQ(MetricTree::parse({"<m>\0</m>", 8}), nullptr);
-  EXPECT_EQ(MetricTree::parse(nested(MetricTree::kDeepest + 1)), nullptr);
+  EXPECT_EQ(MetricTree::parse(nested(kDeepestXml + 1)), nullptr);
   EXPECT_NE(MetricTree::parse("<m>12</m>", 9), nullptr);
   EXPECT_EQ(MetricTree::parse("<m>123</m>", 9), nullptr);
   // What would make a tree of gigabytes.

@@ -3,11 +3,11 @@
 
 #include <functional>
 #include <initializer_list>
-#include <new>
 #include <pugixml.hpp>
 #include <utility>
 
 #include "providers/inventory/readers/FieldText.h"
+#include "providers/virt/UntrustedXml.h"
 
 namespace brv {
 
@@ -17,33 +17,11 @@ struct StatisticsTree::Document {
 
 namespace {
 
-// A document type is kept in the tree only to be seen and refused.
-constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_doctype;
-
-// Walks the elements in the order of the document until `enter` says no. Without recursion, since
-// the depth is the host's; false when that is beyond `deepest`.
+// Walks the elements in the order of the document until `enter` says no, which it says too then.
 template <class Enter>
-bool walk(const pugi::xml_node& root, int deepest, Enter enter) {
-  int depth = 1;
-  for (pugi::xml_node node = root.first_child(); node;) {
-    if (node.type() == pugi::node_element) {
-      if (depth > deepest) return false;
-      if (!enter(node)) return true;
-    }
-    if (const pugi::xml_node child = node.first_child()) {
-      ++depth;
-      node = child;
-      continue;
-    }
-    while (node != root && !node.next_sibling()) {
-      node = node.parent();
-      --depth;
-    }
-    if (node != root)
-      node = node.next_sibling();
-    else
-      break;
-  }
+bool walk(const pugi::xml_node& element, Enter enter) {
+  for (const pugi::xml_node& node : element)
+    if (node.type() == pugi::node_element && !(enter(node) && walk(node, enter))) return false;
   return true;
 }
 
@@ -78,18 +56,10 @@ StatisticsTree::StatisticsTree(std::unique_ptr<Document> document)
 StatisticsTree::~StatisticsTree() = default;
 
 std::unique_ptr<StatisticsTree> StatisticsTree::parse(std::string_view answer) {
-  if (answer.size() > kLargestAnswer) return nullptr;
   const std::size_t last = answer.find_last_not_of('\0');
   answer = answer.substr(0, last == answer.npos ? 0 : last + 1);
   auto document = std::make_unique<Document>();
-  pugi::xml_document& xml = document->xml;
-  const pugi::xml_parse_result result =
-      xml.load_buffer(answer.data(), answer.size(), kParseOptions, pugi::encoding_utf8);
-  if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
-  if (!result) return nullptr;
-  for (const pugi::xml_node& node : xml.children())
-    if (node.type() == pugi::node_doctype) return nullptr;
-  if (!walk(xml, kDeepest, [](const pugi::xml_node&) { return true; })) return nullptr;
+  if (!parseUntrustedXml(answer, kLargestAnswer, document->xml)) return nullptr;
   return std::unique_ptr<StatisticsTree>(new StatisticsTree(std::move(document)));
 }
 
@@ -102,7 +72,7 @@ std::vector<std::string> StatisticsTree::names(std::string_view answer, std::siz
     if (!trimmed(lines).starts_with('<')) addLines(lines, limit, found);
     return found;
   }
-  walk(tree->m_document->xml, kDeepest, [&](const pugi::xml_node& element) {
+  walk(tree->m_document->xml, [&](const pugi::xml_node& element) {
     if (const pugi::xml_attribute name = element.attribute("name"))
       return addName(name.value(), limit, found);
     return addLines(element.text().get(), limit, found);
@@ -112,7 +82,7 @@ std::vector<std::string> StatisticsTree::names(std::string_view answer, std::siz
 
 bool find_metric_VMware(const char* name, const StatisticsTree& tree, s_metric* result) {
   pugi::xml_node metric;
-  walk(tree.m_document->xml, StatisticsTree::kDeepest, [&](const pugi::xml_node& element) {
+  walk(tree.m_document->xml, [&](const pugi::xml_node& element) {
     if (element.name() != std::string_view("metric") || said(element, {"name"}) != name)
       return true;
     metric = element;

@@ -13,12 +13,11 @@ namespace brv {
 
 /// An answer of the guest library to a question for statistics: elements "metric" at any depth,
 /// name, type and units of each as attributes and its value as text, or all of them as children
-/// ("property" or "value" holds the value). The answer is the host's and not trusted: no DTD, no
-/// entities but the five predefined and numeric ones, size and depth limited.
+/// ("property" or "value" holds the value). The answer is the host's and not trusted, see
+/// UntrustedXml.h.
 class StatisticsTree {
  public:
   static constexpr std::size_t kLargestAnswer = 1024 * 1024;  ///< bytes
-  static constexpr int kDeepest = 64;
 
   ~StatisticsTree();
 
