@@ -2,6 +2,7 @@
 #include "providers/virt/detect/VirtEvidence.h"
 
 #include <algorithm>
+#include <bitset>
 #include <memory>
 #include <new>
 
@@ -65,7 +66,7 @@ int vendorOfLine(std::string_view line) {
 }  // namespace
 
 t_virt_type virtTypeOfPciList(std::string_view text, const char* path) {
-  const std::unique_ptr<bool[]> seen(new (std::nothrow) bool[0x10000]());
+  const std::unique_ptr<std::bitset<0x10000>> seen(new (std::nothrow) std::bitset<0x10000>);
   if (seen == nullptr) {
     BRV_TRACE(kError, "%s: malloc() failed\n", __func__);
     return VIRT_METHOD_NONE;
@@ -75,14 +76,14 @@ t_virt_type virtTypeOfPciList(std::string_view text, const char* path) {
     text.remove_prefix(std::min(line.size() + 1, text.size()));
     const int id = vendorOfLine(line);
     if (id < 0) BRV_TRACE(kError, "%s: invalid format in '%s'\n", __func__, path);
-    if (id <= 0 || seen[static_cast<std::size_t>(id)]) continue;
-    seen[static_cast<std::size_t>(id)] = true;
+    if (id <= 0 || seen->test(static_cast<std::size_t>(id))) continue;
+    seen->set(static_cast<std::size_t>(id));
     BRV_TRACE(kDetail, "%s: found id 0x%04x\n", __func__, static_cast<unsigned>(id));
   }
   BRV_TRACE(kDetail, "%s: finished scan of '%s'\n", __func__, path);
   t_virt_type type = VIRT_METHOD_NONE;
   for (const Vendor& vendor : kVendors) {
-    if (!seen[vendor.id]) continue;
+    if (!seen->test(vendor.id)) continue;
     BRV_TRACE(kWarning, "%s: found 0x%04x '%s'\n", __func__, vendor.id, vendor.name);
     type = vendor.type;
   }
