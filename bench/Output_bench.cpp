@@ -3,7 +3,9 @@
 // of a microsecond in every layout.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "cimb/CommandLine.h"

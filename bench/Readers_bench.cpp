@@ -3,6 +3,7 @@
 // not depend on it.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <string>
 
 #include "providers/readers/DiskStats.h"

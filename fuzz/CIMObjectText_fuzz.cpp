@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Objects in the tree and in the flat layout: what was read, printed and read again is the same.
+#include <string>
+
 #include "Fuzz.h"
 #include "cimclient/CIMObjectParser.h"
 #include "support/ObjectContents.h"

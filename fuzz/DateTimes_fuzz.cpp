@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // CIM date-time texts, and the numbers that become such texts.
+#include <cstdint>
 #include <cstring>
 #include <string>
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a CIM server sends, down to the objects. Where the pieces of it end must make no difference.
 #include <algorithm>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "Fuzz.h"

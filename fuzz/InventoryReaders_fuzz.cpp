@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The readers of the host inventory for the operating system, processors and processes. Built once
 // per reader, BRV_READER naming its check below.
+#include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <string>
 

@@ -2,6 +2,7 @@
 // What a metadata service says: the input is its answers, one behind the other with a 0xFF byte
 // between, the last one again and again.
 #include <algorithm>
+#include <string_view>
 
 #include "Fuzz.h"
 #include "providers/virt/amazon/CmpiAmazonDataCollector.h"

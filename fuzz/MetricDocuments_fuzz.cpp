@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The metrics document of a host, down to the figures of a guest.
 #include <cmath>
+#include <optional>
 #include <string>
 
 #include "Fuzz.h"

@@ -3,6 +3,7 @@
 // while, then the device is gone.
 #include <algorithm>
 #include <cerrno>
+#include <span>
 #include <string>
 #include <vector>
 

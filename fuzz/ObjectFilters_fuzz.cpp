@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The rules of the object-filter file. The first line of the input is a mount point to decide
 // about, the rest the file.
+#include <algorithm>
+#include <string>
+
 #include "Fuzz.h"
 #include "providers/FilterRules.h"
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <string_view>
 
 #include "Fuzz.h"
 #include "providers/readers/LineScanner.h"

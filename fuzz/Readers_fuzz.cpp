@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The readers of kernel files. Built once per reader, BRV_READER naming its check below.
+#include <array>
+#include <cstdint>
 #include <limits>
 #include <string>
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "Fuzz.h"
 #include "cimobject/CIMRequest.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Answers of the guest library. The first byte says to which question.
 #include <algorithm>
+#include <string_view>
 
 #include "Fuzz.h"
 #include "providers/virt/vmware/VMwareStatistics.h"

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The broker's services and the creation of encapsulated objects.
+#include <memory>
+
 #include "broker/CmpiBroker_Array.h"
 #include "broker/CmpiBroker_Broker.h"
 #include "broker/CmpiBroker_DateTime.h"

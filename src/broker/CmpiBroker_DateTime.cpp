@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "broker/CmpiBroker_DateTime.h"
 
+#include <cstdint>
 #include <ctime>
+#include <memory>
 #include <string>
 
 #include "broker/CmpiBroker_String.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "broker/CmpiBroker_Exception.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <utility>

@@ -2,6 +2,7 @@
 #include "broker/CmpiBroker_ObjectPath.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "broker/CmpiBroker_String.h"
 #include "broker/CmpiBroker_Table.h"

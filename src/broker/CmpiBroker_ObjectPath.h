@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <string_view>
+
 #include "broker/CmpiBroker_Object.h"
 
 namespace brv {

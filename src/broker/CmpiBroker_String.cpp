@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "broker/CmpiBroker_String.h"
 
+#include <memory>
+
 #include "broker/CmpiBroker_Table.h"
 
 namespace brv {

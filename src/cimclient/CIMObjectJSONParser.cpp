@@ -2,9 +2,13 @@
 // Without its stream operators, which nobody here calls.
 #define JSON_NO_IO 1
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 

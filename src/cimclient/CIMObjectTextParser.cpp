@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimclient/CIMXMLResponse.h"
 
+#include <cstdint>
 #include <vector>
 
 #include "cimclient/CIMXMLFormatter.h"

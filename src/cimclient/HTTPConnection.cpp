@@ -14,6 +14,7 @@
 #include <boost/asio/write.hpp>
 #include <boost/system/system_error.hpp>
 #include <cerrno>
+#include <span>
 
 #include "cimclient/CIMClientError.h"
 #include "runtime/Trace.h"

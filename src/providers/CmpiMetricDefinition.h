@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
+
 #include "cmpi/CmpiObjects.h"
 #include "providers/MetricDefinitions.h"
 

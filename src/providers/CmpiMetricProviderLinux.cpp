@@ -2,10 +2,12 @@
 #include "providers/CmpiMetricProviderLinux.h"
 
 #include <bitset>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "providers/ActiveMounts.h"
 #include "providers/CmpiMetricDefinition.h"

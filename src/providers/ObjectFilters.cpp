@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/ObjectFilters.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <thread>
+#include <vector>
 
 #include "cimclient/CIMClientError.h"
 #include "support/CimServer.h"

@@ -3,7 +3,11 @@
 
 #include <array>
 #include <cctype>
+#include <filesystem>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace brv::test {
 

@@ -7,12 +7,14 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
 #include <set>
+#include <string>
 
 #include "Cimb.h"
 #include "SilentServers.h"

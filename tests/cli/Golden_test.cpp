@@ -2,7 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
+#include <set>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 

@@ -3,7 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <map>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "Cimb.h"
 #include "providers/virt/kvmxen/LoopDevice.h"

@@ -3,6 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
 #include "Cimb.h"
 
 // What stands where a kernel file belongs may be anything: the host below another root belongs to

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "Cimb.h"

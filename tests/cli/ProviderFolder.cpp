@@ -2,6 +2,8 @@
 #include "ProviderFolder.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace brv::test {
 

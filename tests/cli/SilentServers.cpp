@@ -10,7 +10,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace brv::test {
 

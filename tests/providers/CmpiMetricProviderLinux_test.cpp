@@ -4,10 +4,13 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_ProviderManager.h"

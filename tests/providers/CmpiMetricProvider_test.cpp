@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <vector>
 
 #include "broker/CmpiBroker_Broker.h"
 #include "broker/CmpiBroker_ProviderManager.h"

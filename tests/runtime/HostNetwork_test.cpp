@@ -7,7 +7,10 @@
 #include <linux/rtnetlink.h>
 #include <net/if.h>
 
+#include <array>
 #include <bit>
+#include <cerrno>
+#include <cstddef>
 #include <memory>
 #include <string>
 

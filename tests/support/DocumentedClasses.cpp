@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DocumentedClasses.h"
 
+#include <map>
+#include <set>
 #include <sstream>
+#include <string>
+#include <string_view>
 
 #include "RunProgram.h"
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <chrono>
 #include <set>
+#include <span>
 #include <string>
 
 #include "runtime/BoundedCalls.h"

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "runtime/CommandRunner.h"
 

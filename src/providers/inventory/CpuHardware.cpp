@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 

@@ -2,6 +2,7 @@
 #include "providers/inventory/Distribution.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "providers/CmpiProviderUtil.h"
 #include "runtime/Trace.h"

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "providers/CmpiProviderUtil.h"
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"

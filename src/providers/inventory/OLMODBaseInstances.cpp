@@ -4,6 +4,8 @@
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "providers/CmpiProviderUtil.h"
 #include "providers/inventory/CmpiOLMODDataProvider.h"

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstring>
 #include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "providers/inventory/CmpiOLMODDataProvider.h"
 #include "providers/inventory/PropertyWriter.h"

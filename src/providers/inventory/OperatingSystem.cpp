@@ -3,10 +3,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "providers/CmpiProviderUtil.h"
 #include "providers/HostMemory.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <optional>
 #include <string>
 
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>

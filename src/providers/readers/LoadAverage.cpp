@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/readers/LoadAverage.h"
 
+#include <cstdint>
+
 namespace brv {
 
 namespace {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/readers/MountInfo.h"
 
+#include <cstdint>
+
 #include "providers/readers/MountTable.h"
 
 namespace brv {

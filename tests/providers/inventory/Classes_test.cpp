@@ -2,6 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+
 #include "RecordedHost.h"
 #include "support/DocumentedClasses.h"
 

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <sys/statvfs.h>
 
+#include <cstdint>
+#include <string>
+
 #include "Columns.h"
 #include "providers/CapturedTrace.h"
 #include "providers/FilterRules.h"

@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <set>
 #include <string>
 #include <utility>

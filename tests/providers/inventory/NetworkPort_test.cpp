@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "Columns.h"
 
 namespace brv::test {

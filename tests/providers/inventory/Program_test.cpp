@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
 
+#include <filesystem>
 #include <sstream>
+#include <string>
 
 #include "RecordedHost.h"
 #include "cimclient/CIMObjectParser.h"

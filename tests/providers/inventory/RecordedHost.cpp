@@ -3,9 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
 #include <sstream>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "broker/CmpiBroker_Exception.h"
 #include "broker/CmpiBroker_ProviderManager.h"

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 #include "Columns.h"
 #include "providers/inventory/readers/RpmQuery.h"

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 #include "providers/readers/DiskStats.h"

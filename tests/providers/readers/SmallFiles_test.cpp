@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "providers/readers/LoadAverage.h"

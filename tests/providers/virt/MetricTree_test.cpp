@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "providers/virt/UntrustedXml.h"
 
 namespace brv {

@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
+#include <initializer_list>
 #include <optional>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <utility>

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 #include "providers/CmpiMetricProvider.h"
 #include "providers/virt/GuestView.h"

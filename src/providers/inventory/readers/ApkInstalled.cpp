@@ -2,6 +2,7 @@
 #include "providers/inventory/readers/ApkInstalled.h"
 
 #include <array>
+#include <cstdint>
 
 #include "providers/inventory/readers/FieldText.h"
 

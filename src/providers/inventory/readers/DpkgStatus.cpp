@@ -2,6 +2,8 @@
 #include "providers/inventory/readers/DpkgStatus.h"
 
 #include <array>
+#include <cstdint>
+#include <limits>
 
 #include "providers/inventory/readers/FieldText.h"
 

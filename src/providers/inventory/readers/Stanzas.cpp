@@ -2,6 +2,7 @@
 #include "providers/inventory/readers/Stanzas.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "providers/inventory/readers/FieldText.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/virt/amazon/CmpiAmazonVirtualMetricProvider.h"
 
+#include <cstdint>
 #include <string>
 #include <utility>
 

@@ -2,7 +2,9 @@
 #include "providers/virt/amazon/CmpiAmazonVirtualOLMODDataProvider.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include "providers/CmpiProviderUtil.h"

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <span>
+#include <string>
 #include <string_view>
 
 #include "providers/virt/detect/virtinfo.h"

@@ -10,8 +10,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <optional>
+#include <span>
 
 #include "providers/readers/LineScanner.h"
 #include "providers/virt/kvmxen/MetricsDiskReader.h"

@@ -2,6 +2,7 @@
 #include "providers/virt/kvmxen/CmpiProviderKVMXenDataCollector.h"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 
 #include "providers/CmpiProviderUtil.h"

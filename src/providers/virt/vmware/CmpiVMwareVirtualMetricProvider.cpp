@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/virt/vmware/CmpiVMwareVirtualMetricProvider.h"
 
+#include <cstdint>
 #include <mutex>
 #include <utility>
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/virt/vmware/CmpiVMwareVirtualOLMODDataProvider.h"
 
+#include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>

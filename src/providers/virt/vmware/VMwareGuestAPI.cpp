@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "providers/virt/vmware/GuestDevices.h"
 #include "providers/virt/vmware/StatisticsTree.h"

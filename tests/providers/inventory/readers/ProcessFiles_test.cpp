@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 #include <utmp.h>
 
+#include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "providers/inventory/readers/BootTime.h"
 #include "providers/inventory/readers/CmdLine.h"

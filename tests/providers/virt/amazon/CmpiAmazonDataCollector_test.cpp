@@ -4,8 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <thread>
+#include <tuple>
 
 #include "providers/CapturedTrace.h"
 #include "providers/virt/RecordedProvider.h"

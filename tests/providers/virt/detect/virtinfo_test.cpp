@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <sstream>
+#include <vector>
 
 #include "providers/CapturedTrace.h"
 #include "providers/virt/detect/CmpiVirtualizationDetector.h"

@@ -4,8 +4,14 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <span>
 #include <thread>
+#include <tuple>
 
 #include "providers/CapturedTrace.h"
 #include "providers/virt/kvmxen/LoopDevice.h"

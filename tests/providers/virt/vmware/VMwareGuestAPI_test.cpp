@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
+#include <optional>
+#include <tuple>
 
 #include "providers/CapturedTrace.h"
 #include "providers/virt/vmware/GuestDevices.h"

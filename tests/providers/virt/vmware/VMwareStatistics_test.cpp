@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <tuple>
+
 #include "providers/CapturedTrace.h"
 
 namespace brv {
