@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 #include <unordered_map>
