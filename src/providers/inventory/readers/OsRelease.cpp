@@ -48,8 +48,9 @@ bool unquote(std::string_view value, std::string& out) {
 // Trimmed; empty when it is no line of text.
 std::string_view firstLine(std::string_view text) {
   const std::string_view line = trimmed(text.substr(0, text.find('\n')));
-  const bool binary = std::any_of(line.begin(), line.end(),
-                                  [](char c) { return c >= '\0' && c < ' ' && c != '\t'; });
+  const bool binary = std::any_of(line.begin(), line.end(), [](char c) {
+    return static_cast<unsigned char>(c) < ' ' && c != '\t';
+  });
   return binary ? std::string_view() : line;
 }
 

@@ -12,7 +12,7 @@ namespace brv {
 namespace {
 
 bool isControl(char c) {
-  return (c >= '\0' && c < ' ') || c == '\x7F';
+  return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
 
 bool isTrimmed(char c) {
