@@ -20,8 +20,8 @@ BENCH_PACKAGES := $(BUILD_PACKAGES) libbenchmark-dev procps iproute2
 SOURCES = $(shell find src tests bench fuzz examples -name '*.cpp' -o -name '*.h' -o -name '*.c')
 PROGRAM := src/cimb/brvcimb
 
-# $(call need,PACKAGES): installs those that are missing. Elsewhere than on Debian that is the
-# user's own business.
+# $(call need,PACKAGES): installs those that are missing; a user who may not is told which. Elsewhere
+# than on Debian that is the user's own business.
 define need
 if command -v dpkg-query >/dev/null; then \
   state=" $$(dpkg-query -W -f '$${Package}:$${db:Status-Status} ' $(1) 2>/dev/null || true)"; \
@@ -30,8 +30,15 @@ if command -v dpkg-query >/dev/null; then \
     [[ "$$state" == *" $$package:installed "* ]] || missing+=" $$package"; \
   done; \
   if [[ -n "$$missing" ]]; then \
+    as_root=; \
+    if [[ $$(id -u) != 0 ]]; then \
+      as_root=sudo; \
+      if ! sudo -n true 2>/dev/null && ! sudo -v; then \
+        echo "Neither root nor sudo: these packages have to be installed first:$$missing" >&2; \
+        exit 1; \
+      fi; \
+    fi; \
     echo "Installing:$$missing" >&2; \
-    as_root=$$([[ $$(id -u) == 0 ]] || echo sudo); \
     $$as_root apt-get -qq update </dev/null; \
     $$as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get -qq -y --no-install-recommends install $$missing </dev/null >/dev/null; \
