@@ -5,7 +5,7 @@ target_include_directories(brv_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(brv_options INTERFACE _GNU_SOURCE)
 target_compile_options(
   brv_options
-  INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wformat=2 -Wundef -Wcast-qual
+  INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wformat=2 -Wundef -Wcast-qual
             -fvisibility=hidden
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
             -Wconversion -fvisibility-inlines-hidden>
