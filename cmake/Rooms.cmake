@@ -15,6 +15,18 @@ if(BRVCIMB_SANITIZE)
   target_compile_options(brv_options INTERFACE -fsanitize=address,undefined
                                                -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(brv_options INTERFACE -fsanitize=address,undefined)
+else()
+  # What is shipped stands up to faults in what it reads. None of it costs time that can be
+  # measured; the loader resolves everything at the start, since most of it is called anyway.
+  include(CheckPIESupported)
+  check_pie_supported(LANGUAGES CXX)
+  include(CheckCXXCompilerFlag)
+  target_compile_options(brv_options INTERFACE -fstack-protector-strong)
+  foreach(flag stack-clash-protection cf-protection)
+    check_cxx_compiler_flag(-f${flag} BRV_HAS_${flag})
+    target_compile_options(brv_options INTERFACE $<$<BOOL:${BRV_HAS_${flag}}>:-f${flag}>)
+  endforeach()
+  target_link_options(brv_options INTERFACE -Wl,-z,relro -Wl,-z,now)
 endif()
 if(BRVCIMB_FUZZ)
   # The libraries count what they execute; only the targets have the driver linked in.
@@ -28,6 +40,11 @@ function(brv_room name)
   cmake_parse_arguments(ARG "" "" "ROOMS" ${ARGN})
   add_library(brv_${name} STATIC ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(brv_${name} PUBLIC brv_options)
+  if(NOT BRVCIMB_SANITIZE)
+    # Checked copies come from the optimiser, so a build without one has none.
+    target_compile_options(
+      brv_${name} PRIVATE $<$<NOT:$<CONFIG:,Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+  endif()
   foreach(room IN LISTS ARG_ROOMS)
     target_link_libraries(brv_${name} PUBLIC brv_${room})
   endforeach()
