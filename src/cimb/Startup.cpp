@@ -8,7 +8,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
 
+#include "cimb/Usage.h"
 #include "runtime/Threads.h"
 #include "runtime/Trace.h"
 
@@ -26,9 +28,24 @@ void openStandardDescriptors() {
       static_cast<void>(open("/dev/null", kModes[descriptor]));
 }
 
+// Where an exception ends up that nobody can catch any more: one thrown while another was being
+// reported, or without the memory to throw it. Takes no memory itself, and leaves no core behind.
+[[noreturn]] void giveUp() {
+  try {
+    if (std::current_exception() != nullptr) throw;
+    PrintError("the program cannot go on, perhaps for lack of memory");
+  } catch (const std::exception& error) {
+    PrintError(error.what());
+  } catch (...) {
+    PrintError("the program cannot go on: unknown exception");
+  }
+  _exit(1);
+}
+
 }  // namespace
 
 bool startProcess() {
+  std::set_terminate(giveUp);
   openStandardDescriptors();
   // A reader that goes away is an error of the write, reported like any other.
   std::signal(SIGPIPE, SIG_IGN);
