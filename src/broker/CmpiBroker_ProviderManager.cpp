@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <utility>
 
 #include "broker/CmpiBroker_Context.h"
@@ -193,9 +194,13 @@ CmpiBroker_ProviderManager::Providers CmpiBroker_ProviderManager::lookupProvider
   if (matches.empty())
     BRV_THROW(CmpiBroker_ProviderNotFoundException(className.c_str(), nameSpace.c_str()));
   loadProviders(matches, continueOnError, false);
-  std::erase_if(matches, [](const CmpiBroker_Provider* provider) {
-    return provider->status() != CmpiBroker_Provider::kLoaded;
-  });
+  const auto is = [](CmpiBroker_Provider::Status status) {
+    return [status](const CmpiBroker_Provider* provider) { return provider->status() == status; };
+  };
+  // None of them is for this host: that is the answer, not an empty list.
+  if (std::all_of(matches.begin(), matches.end(), is(CmpiBroker_Provider::kNotSupported)))
+    matches.back()->throwError();
+  std::erase_if(matches, std::not_fn(is(CmpiBroker_Provider::kLoaded)));
   return matches;
 }
 
@@ -383,7 +388,14 @@ std::unique_ptr<CIMObject> CmpiBroker_ProviderManager::getOLMODComputerSystem(
   auto guest = first("BRV_OLMODVirtualComputerSystem");
   guest->Add(first("BRV_OLMODHostComputerSystem"));
   root->Add(std::move(guest));
-  for (const char* part : parts) enumerate(part, root->GetMembers());
+  for (const char* part : parts) {
+    try {
+      enumerate(part, root->GetMembers());
+    } catch (const std::exception& error) {
+      if (request.hasContinueOnError() == 0) throw;
+      BRV_TRACE(kError, "%s: %s\n", part, error.what());
+    }
+  }
   return std::unique_ptr<CIMObject>(root.release());
 }
 

@@ -46,7 +46,7 @@ int ActiveMounts::read() {
   FileBuffer buffer;
   int firstError = 0;
   for (const char* path : m_files.mountTables()) {
-    const int error = m_files.read(path, buffer);
+    const int error = m_files.read(path, buffer, ReadLimit::kernelFile());
     if (error != 0) {
       if (firstError == 0) firstError = error;
       continue;

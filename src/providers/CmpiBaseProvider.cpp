@@ -1,9 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/CmpiBaseProvider.h"
 
+#include <string>
+
 #include "providers/ObjectFilters.h"
+#include "runtime/HostFiles.h"
 
 namespace brv {
+
+CmpiStatus CmpiBaseProvider::initialize(const CmpiContext&) {
+  const std::string& fault = HostFiles::process().fault();
+  return fault.empty() ? CmpiStatus(CMPI_RC_OK) : CmpiStatus(CMPI_RC_ERR_FAILED, fault);
+}
 
 ObjectFiltersProxy* CmpiBaseProvider::GetObjectFilter() {
   if (!m_filter) m_filter = std::make_unique<CmpiBaseProviderObjectFilters>(*this);

@@ -15,6 +15,9 @@ class CmpiBaseProvider : public CmpiInstanceMI {
   CmpiBaseProvider(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context), CmpiInstanceMI(broker, context) {}
 
+  /// A bad status where BRVCIMB_HOST_ROOT names no host: all of it would look absent.
+  CmpiStatus initialize(const CmpiContext& context) override;
+
   /// Owned by this provider and the same at every call.
   ObjectFiltersProxy* GetObjectFilter();
   /// Non-zero when the file system must be left out. Null: not known.

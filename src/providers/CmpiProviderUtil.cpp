@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/CmpiProviderUtil.h"
 
+#include <cstring>
 #include <string>
 
 #include "runtime/Trace.h"
@@ -16,6 +17,18 @@ CmpiStatus traceCmpiStatus(CmpiStatus status, trace::Level level, const trace::P
 
 void throwCmpiStatus(const CmpiStatus& status, const trace::Place& place) {
   throw traceCmpiStatus(status, trace::kDetail, place);
+}
+
+void failToRead(const std::string& source, const char* cause, const trace::Place& place) {
+  throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Failed to read " + source + ": " + cause), place);
+}
+
+void failToRead(const std::string& source, int error, const trace::Place& place) {
+  failToRead(source, std::strerror(error), place);
+}
+
+void failToRun(const std::string& command, const CommandResult& ran, const trace::Place& place) {
+  throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, command + " failed: " + ran.cause()), place);
 }
 
 void traceOddLines(const char* path, const OddLines& lines, const trace::Place& place) {

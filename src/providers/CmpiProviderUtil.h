@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <string>
+
 #include "cmpi/CmpiObjects.h"
 #include "providers/readers/LineScanner.h"
+#include "runtime/CommandRunner.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -18,6 +21,17 @@ CmpiStatus traceCmpiStatus(CmpiStatus status, trace::Level level = trace::kDetai
 /// Throws `status` after its trace.
 [[noreturn]] void throwCmpiStatus(const CmpiStatus& status,
                                   const trace::Place& place = trace::Place::current());
+
+/// Ends the request, as what it reports would be a part and pass for the whole: `source` is there
+/// and cannot be read to its end. "Failed to read <source>: <cause>", the cause also as an errno
+/// value.
+[[noreturn]] void failToRead(const std::string& source, const char* cause,
+                             const trace::Place& place = trace::Place::current());
+[[noreturn]] void failToRead(const std::string& source, int error,
+                             const trace::Place& place = trace::Place::current());
+/// The same for a command that did not succeed: "<command> failed: <cause>".
+[[noreturn]] void failToRun(const std::string& command, const CommandResult& ran,
+                            const trace::Place& place = trace::Place::current());
 
 /// Traces the lines of the file at `path` that a reader passed over.
 void traceOddLines(const char* path, const OddLines& lines,

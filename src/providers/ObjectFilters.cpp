@@ -59,7 +59,15 @@ ObjectFilters::Enumeration::Enumeration() {
 }
 
 ObjectFilters::Enumeration::~Enumeration() {
-  SingletonHolder<ObjectFilters>::GetInstance()->m_enumerating = false;
+  ObjectFilters* filters = SingletonHolder<ObjectFilters>::GetInstance();
+  filters->m_enumerating = false;
+  filters->traceEmptiness();
+}
+
+void ObjectFilters::traceEmptiness() {
+  if (m_toldEmptiness || !m_leftOut || m_kept) return;
+  m_toldEmptiness = true;
+  BRV_TRACE(kError, "%s: the rules leave out every file system and disk\n", m_reader->name());
 }
 
 int ObjectFilters::SkipFileSystem(const char* device, const char* mount, const char* type) {
@@ -67,7 +75,9 @@ int ObjectFilters::SkipFileSystem(const char* device, const char* mount, const c
   if (filters == nullptr || !filters->hasRules()) return 0;
   Properties candidate;
   RebuildFileSystemProperties(candidate, device, mount, type);
-  return filters->MatchFilter(candidate) ? 0 : 1;
+  const bool keep = filters->MatchFilter(candidate);
+  (keep ? filters->m_kept : filters->m_leftOut) = true;
+  return keep ? 0 : 1;
 }
 
 ObjectFiltersReader* ObjectFilters::sDEFAULT_READER() {
@@ -89,16 +99,26 @@ bool ObjectFilters::LoadFilter() {
     return false;
   }
   std::string line;
-  for (int number = 1; m_reader->ReadLine(line); ++number) parseLine(TrimSpaces(line), number);
+  int faulty = 0;
+  int firstFaulty = 0;
+  for (int number = 1; m_reader->ReadLine(line); ++number) {
+    if (parseLine(TrimSpaces(line), number)) continue;
+    if (++faulty == 1) firstFaulty = number;
+  }
   m_reader->Close();
+  if (faulty == 1)
+    BRV_TRACE(kError, "%s: line %d is no rule and is passed over\n", m_reader->name(), firstFaulty);
+  if (faulty > 1)
+    BRV_TRACE(kError, "%s: %d lines are no rules and are passed over, line %d is the first\n",
+              m_reader->name(), faulty, firstFaulty);
   BRV_TRACE(kDetail, "OSFD: %d rules successfully load \n", static_cast<int>(m_rules.size()));
   return true;
 }
 
 // Comments, and rules for other objects than file systems, are no faults.
-void ObjectFilters::parseLine(std::string_view line, int number) {
+bool ObjectFilters::parseLine(std::string_view line, int number) {
   constexpr std::string_view kFilesystem = "Filesystem";
-  if (!beginsWithIgnoringCase(line, kFilesystem)) return;
+  if (!beginsWithIgnoringCase(line, kFilesystem)) return true;
   std::string_view text = line.substr(kFilesystem.size());
   Properties rule;
   rule.setExclusion(text.starts_with("[-]"));
@@ -106,7 +126,7 @@ void ObjectFilters::parseLine(std::string_view line, int number) {
   if (colon == std::string_view::npos) {
     BRV_TRACE(kWarning, "OSFD: Syntax error in Line %d ignored [%.*s]\n", number,
               static_cast<int>(line.size()), line.data());
-    return;
+    return false;
   }
   text.remove_prefix(colon + 1);
   skipSpaces(text);
@@ -120,11 +140,13 @@ void ObjectFilters::parseLine(std::string_view line, int number) {
     else if (text.empty())
       rule.Clear();
   }
-  if (rule.empty())
+  if (rule.empty()) {
     BRV_TRACE(kWarning, "OSFD: Syntax error Line %d ignored [%.*s]\n", number,
               static_cast<int>(line.size()), line.data());
-  else
-    m_rules.push_back(std::move(rule));
+    return false;
+  }
+  m_rules.push_back(std::move(rule));
+  return true;
 }
 
 ObjectFilters::PropertyKey ObjectFilters::ParseFileSystemObject(std::string_view& text,

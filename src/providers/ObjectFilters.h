@@ -61,7 +61,8 @@ class ObjectFilters {
   };
 
   /// While one lives, a missing rule file is looked for once. Otherwise every question looks for it
-  /// again, which ten thousand disks would pay for.
+  /// again, which ten thousand disks would pay for. At its end rules that have left out all there
+  /// was so far are traced, once.
   class Enumeration {
    public:
     Enumeration();
@@ -99,11 +100,16 @@ class ObjectFilters {
  private:
   /// Whether there are rules, loaded now if need be.
   bool hasRules();
-  void parseLine(std::string_view line, int number);
+  /// False for a faulty line.
+  bool parseLine(std::string_view line, int number);
+  void traceEmptiness();
 
   bool m_loaded = false;
   bool m_missing = false;
   bool m_enumerating = false;
+  bool m_toldEmptiness = false;
+  bool m_leftOut = false;
+  bool m_kept = false;
   std::vector<Properties> m_rules;
   ObjectFiltersReader* m_reader;
 };

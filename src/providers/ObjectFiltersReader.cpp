@@ -3,47 +3,48 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/types.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 
-#include "runtime/OsUtility.h"
+#include "runtime/Descriptor.h"
 #include "runtime/Trace.h"
 
 namespace brv {
 
-// A FIFO under that name, which anybody may have put into the current folder, must not make the
-// program wait: only regular files hold rules. 0 or an errno value.
-int DefaultObjectFiltersReader::openFile(const char* path, File& file) {
-  const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (descriptor < 0) return errno;
+// Nothing is opened before it is known what it is: anybody may have put something of that name into
+// the working folder.
+int DefaultObjectFiltersReader::read() {
+  const Descriptor file(::open(name(), O_PATH | O_CLOEXEC));
+  if (file.get() < 0) return errno;
   struct stat status {};
-  int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
-  if (error == 0 && !S_ISREG(status.st_mode)) error = EINVAL;
-  if (error == 0) {
-    file.reset(::fdopen(descriptor, "r"));
-    if (!file) error = errno;
-  }
-  if (error != 0) ::close(descriptor);
-  return error;
+  if (::fstat(file.get(), &status) != 0) return errno;
+  const bool trusted = (status.st_uid == 0 || status.st_uid == ::geteuid()) &&
+                       (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+  if (m_settings.inWorkingFolder() && S_ISREG(status.st_mode) && !trusted) return EPERM;
+  const std::string path = "/proc/self/fd/" + std::to_string(file.get());
+  return HostFiles().read(path.c_str(), m_text, ReadLimit::ordinaryFile());
 }
 
 bool DefaultObjectFiltersReader::Open() {
-  const char* path = m_settings.getFilterPath().c_str();
-  if (OsUtility::Access(path, F_OK) == ENOENT) return false;
-  if (const int error = openFile(path, m_file); error != 0)
-    BRV_TRACE_ERRNO(kDetail, error, "Failed to load filter defintion : %s", path);
-  return m_file != nullptr;
+  const int error = read();
+  if (error == 0) m_lines = LineScanner(m_text.view());
+  if (error == 0 || error == ENOENT || m_told) return error == 0;
+  m_told = true;
+  if (error == EPERM)
+    BRV_TRACE(kError,
+              "Failed to load filter defintion : %s: others than root and the caller can "
+              "change it\n",
+              name());
+  else
+    BRV_TRACE_ERRNO(kError, error, "Failed to load filter defintion : %s", name());
+  return false;
 }
 
 bool DefaultObjectFiltersReader::ReadLine(std::string& line) {
-  if (!m_file) return false;
-  char* buffer = m_line.release();
-  const ssize_t size = ::getline(&buffer, &m_capacity, m_file.get());
-  m_line.reset(buffer);
-  if (size < 0) return false;
-  line.assign(buffer, static_cast<std::size_t>(size));
+  if (!m_lines.next()) return false;
+  line.assign(m_lines.line());
   return true;
 }
 

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <string>
 
 #include "providers/Settings.h"
+#include "providers/readers/LineScanner.h"
+#include "runtime/HostFiles.h"
 
 namespace brv {
 
@@ -18,36 +16,34 @@ class ObjectFiltersReader {
   /// Goes to the first line; false when there are no rules to be had.
   virtual bool Open() = 0;
   virtual void Close() = 0;
+  /// What messages call the file.
+  virtual const char* name() const { return "osfilter.conf"; }
   /// The next line, of any length, with or without its line end; false behind the last.
   virtual bool ReadLine(std::string& line) = 0;
 };
 
-/// Reads the process's rule file.
+/// Reads the process's rule file, of 1 MiB at the most. One of the working folder, which may be
+/// anybody's, counts only if root or the caller owns it and nobody else may write it.
 class DefaultObjectFiltersReader : public ObjectFiltersReader {
  public:
   /// `settings` must outlive the reader.
   explicit DefaultObjectFiltersReader(const Settings& settings = Settings::mThis())
       : m_settings(settings) {}
 
-  /// A missing file is no error and not traced.
+  /// A missing file is no error and not traced. One that cannot be used is traced once.
   bool Open() override;
-  void Close() override { m_file.reset(); }
+  void Close() override { m_lines = LineScanner({}); }
   bool ReadLine(std::string& line) override;
+  const char* name() const override { return m_settings.getFilterPath().c_str(); }
 
  private:
-  struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-  struct FreeMemory {
-    void operator()(char* memory) const { std::free(memory); }
-  };
-  using File = std::unique_ptr<std::FILE, CloseFile>;
-  static int openFile(const char* path, File& file);
+  /// 0 or an errno value.
+  int read();
 
   const Settings& m_settings;
-  File m_file;
-  std::unique_ptr<char, FreeMemory> m_line;
-  std::size_t m_capacity = 0;
+  FileBuffer m_text;
+  LineScanner m_lines{{}};
+  bool m_told = false;
 };
 
 }  // namespace brv

@@ -5,7 +5,7 @@
 
 namespace brv {
 
-Settings::Settings(const char* configDirectory) {
+Settings::Settings(const char* configDirectory) : m_inWorkingFolder(configDirectory == nullptr) {
   if (configDirectory != nullptr) m_filterPath.append(configDirectory).append("/");
   m_filterPath += "./osfilter.conf";
 }

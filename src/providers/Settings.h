@@ -17,8 +17,11 @@ class Settings {
 
   /// The file with the rules of ObjectFilters.
   const std::string& getFilterPath() const { return m_filterPath; }
+  /// Nobody named a folder, so the files are those of whatever folder the process was started in.
+  bool inWorkingFolder() const { return m_inWorkingFolder; }
 
  private:
+  bool m_inWorkingFolder;
   std::string m_filterPath;
 };
 

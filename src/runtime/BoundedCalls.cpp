@@ -237,10 +237,10 @@ class AnswerReader {
       if (got == 0) return;  // the child has died
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
       if (left.count() <= 0) return;
-      if (got > 0 || errno == EINTR) continue;
-      if (errno != EAGAIN) return;
+      if (got > 0) continue;
+      if (errno != EAGAIN && errno != EINTR) return;
       pollfd event{pipe, POLLIN, 0};
-      ::poll(&event, 1, static_cast<int>(std::min<long>(left.count(), INT_MAX)));
+      waitForAny({&event, 1}, static_cast<int>(std::min<long>(left.count(), INT_MAX)));
     }
   }
 
@@ -276,10 +276,11 @@ int askInChild(const std::vector<AskedItem>& items, const BoundedCalls::Function
   for (const ItemLocks::Lock& lock : locks.held()) kept.push_back(lock.file.get());
   kept.push_back(pipe.writer.get());
 
+  const pid_t parent = ::getpid();
   const pid_t id = ::fork();
   if (id < 0) return errno;
   if (id == 0) {
-    ChildProcess::detach(std::move(kept));
+    ChildProcess::detach(parent, std::move(kept));
     allowDescriptors();
     Work work{function, items, limit, pipe.writer.get()};
     workOnAll(work);

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 
 #include "runtime/Trace.h"
 
@@ -22,6 +23,7 @@ namespace {
 constexpr std::chrono::milliseconds kReapTime{50};
 // How often the end of a child is looked for where it cannot be polled.
 constexpr int kPollWithoutDescriptor = 5;  // milliseconds
+constexpr timespec kPause = {0, 5'000'000};
 
 void closeRange(unsigned first, unsigned last) {
   if (first > last || ::close_range(first, last, 0) == 0) return;
@@ -34,6 +36,10 @@ void closeRange(unsigned first, unsigned last) {
 
 }  // namespace
 
+void waitForAny(std::span<pollfd> events, int milliseconds) {
+  if (::poll(events.data(), events.size(), milliseconds) < 0) ::nanosleep(&kPause, nullptr);
+}
+
 int ChildPipe::open() {
   int ends[2];
   if (::pipe2(ends, O_CLOEXEC) != 0) return errno;
@@ -42,9 +48,19 @@ int ChildPipe::open() {
   return ::fcntl(ends[0], F_SETFL, O_NONBLOCK) == 0 ? 0 : errno;
 }
 
-void ChildProcess::detach(std::vector<int> kept) {
-  // An answer that nobody waits for any more is not worth going on.
+void ChildProcess::closeFrom(int first) {
+  closeRange(static_cast<unsigned>(first), ~0U);
+}
+
+void ChildProcess::endWith(pid_t parent) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  // It may have ended in between; then nobody sends the signal any more.
+  if (::getppid() != parent) ::_exit(0);
+}
+
+void ChildProcess::detach(pid_t parent, std::vector<int> kept) {
+  // An answer that nobody waits for any more is not worth going on.
+  endWith(parent);
   std::signal(SIGPIPE, SIG_DFL);
   static_cast<void>(::chdir("/") == 0);
   const int null = ::open("/dev/null", O_RDWR);
@@ -61,7 +77,7 @@ void ChildProcess::detach(std::vector<int> kept) {
     closeRange(static_cast<unsigned>(first), static_cast<unsigned>(fd) - 1);
     first = fd + 1;
   }
-  closeRange(static_cast<unsigned>(first), ~0U);
+  closeFrom(first);
 }
 
 ChildProcess::ChildProcess(pid_t id, bool leadsGroup)
@@ -78,8 +94,7 @@ ChildProcess::~ChildProcess() {
       BRV_TRACE(kWarning, "Process %d cannot be ended and is left behind", static_cast<int>(m_id));
       return;
     }
-    pollfd end{descriptor(), POLLIN, 0};
-    ::poll(&end, 1, pollTime(deadline));
+    wait({}, deadline);
   }
   reap();
 }
@@ -92,15 +107,27 @@ int ChildProcess::pollTime(Clock::time_point deadline) const {
       std::clamp<long>(left, 0, descriptor() >= 0 ? kHour : kPollWithoutDescriptor));
 }
 
+void ChildProcess::wait(std::span<pollfd> events, Clock::time_point deadline) const {
+  std::vector<pollfd> all(events.begin(), events.end());
+  all.push_back({descriptor(), POLLIN, 0});
+  waitForAny(all, pollTime(deadline));
+}
+
 bool ChildProcess::ended() const {
   siginfo_t info{};
-  const int result = ::waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG | WNOWAIT);
-  return result == 0 ? info.si_pid != 0 : errno == ECHILD;
+  if (::waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG | WNOWAIT) == 0)
+    return info.si_pid != 0;
+  // A sandbox may refuse the question; the descriptor answers it too.
+  pollfd end{descriptor(), POLLIN, 0};
+  return errno == ECHILD || end.fd < 0 || ::poll(&end, 1, 0) != 0;
 }
 
 siginfo_t ChildProcess::reap() {
   siginfo_t info{};
-  if (::waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG) != 0) info.si_code = 0;
+  if (::waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG) != 0) {
+    if (errno != ECHILD) kill();
+    info.si_code = 0;
+  }
   m_reaped = true;
   return info;
 }

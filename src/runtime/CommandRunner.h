@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,16 +21,24 @@ struct CommandResult {
   enum class End {
     kExited,         ///< `code` is the exit status
     kSignalled,      ///< `code` is the signal
-    kTimedOut,       ///< killed; or not started because no time was left
+    kTimedOut,       ///< killed
     kTooMuchOutput,  ///< killed
     kNotStarted,     ///< `code` is an errno value, ENOENT for a command that the host does not have
+    kLost,           ///< killed, since the kernel does not say what becomes of it
   };
 
   End end = End::kNotStarted;
   int code = 0;
+  /// The last line that it wrote to standard error, of the first 4 KB.
+  std::string lastError{};
 
   bool succeeded() const { return end == End::kExited && code == 0; }
-  bool operator==(const CommandResult&) const = default;
+  /// Why it did not succeed: what it said itself, when it ended by itself and said something.
+  std::string cause() const;
+  /// Whatever it wrote.
+  bool operator==(const CommandResult& other) const {
+    return end == other.end && code == other.code;
+  }
 };
 
 /// Runs the commands whose output tells what no file does. A seam: what parses such output is
@@ -50,7 +57,7 @@ class CommandRunner {
   virtual CommandResult run(const std::vector<std::string>& arguments, const LineFunction& onLine,
                             const CommandLimits& limits = {}) = 0;
 
-  /// The one that runs programs of this host; all of its commands share one deadline.
+  /// The one that runs programs of this host.
   static CommandRunner& process();
 };
 
@@ -61,26 +68,19 @@ class CommandRunner {
 ///
 /// A command is over when its own process has ended and what it wrote is read. Processes that it
 /// leaves behind may go on, holding the pipe or not; if it has to be killed they are killed with
-/// it, unless they left the group. Waiting for the program file itself to be loaded is not bounded.
+/// it, unless they left the group. A command does not outlive this process, however that ends.
 class HostCommandRunner : public CommandRunner {
  public:
   /// With `files` below a root of their own nothing is ever started (the programs here would tell
   /// of another host than the files, and those there are not to be trusted): every run then gives
   /// kNotStarted with ENOTSUP. This is the only place that has to know.
-  /// `totalTime` begins with the first run and is for all of them together.
-  explicit HostCommandRunner(const HostFiles& files = HostFiles::process(),
-                             std::chrono::milliseconds totalTime = std::chrono::seconds(60))
-      : m_files(files), m_totalTime(totalTime) {}
+  explicit HostCommandRunner(const HostFiles& files = HostFiles::process()) : m_files(files) {}
 
   CommandResult run(const std::vector<std::string>& arguments, const LineFunction& onLine,
                     const CommandLimits& limits = {}) override;
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   const HostFiles& m_files;
-  std::chrono::milliseconds m_totalTime;
-  std::optional<Clock::time_point> m_deadline;  ///< from the first run on
 };
 
 }  // namespace brv

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -32,15 +33,16 @@ constexpr int kMaximumLinks = 40;
 constexpr std::size_t kFirstCapacity = 32 * 1024;
 // What is set aside ahead for a file that claims a size: a sparse file may claim any.
 constexpr std::size_t kLargestGuess = 16 * 1024 * 1024;
-// No host file comes near; one that does not end must not fill the memory.
-constexpr std::size_t kLargestFile = 1024 * 1024 * 1024;
+// A signal after the other is no reason to try for ever.
+constexpr int kMostInterruptions = 100;
 
 int fail(int error) {
   errno = error;
   return -1;
 }
 
-// What read() opens files with: a FIFO must not wait, a terminal not become ours.
+// What files are looked at with, which opens nothing, and what they are read with.
+constexpr int kLooking = O_PATH | O_CLOEXEC;
 constexpr int kReading = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
@@ -53,7 +55,66 @@ int readLinkAt(int folder, const char* name, std::string& target) {
   return *name == '\0' && errno == ENOENT ? EINVAL : errno;
 }
 
+// Nobody can put anything there but the kernel.
+bool isKernelPath(std::string_view path) {
+  for (const std::string_view tree : {"/proc", "/sys"})
+    if (path.starts_with(tree) && (path.size() == tree.size() || path[tree.size()] == '/'))
+      return true;
+  return false;
+}
+
+int requireRegular(const struct stat& status) {
+  if (S_ISREG(status.st_mode)) return 0;
+  return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+}
+
+// The file that `looked` is, opened to be read.
+template <class Open>
+int openLookedAt(const Open& open, const Descriptor& looked, struct stat& status,
+                 Descriptor& file) {
+  char link[sizeof("/proc/self/fd/") + 10];
+  std::snprintf(link, sizeof(link), "/proc/self/fd/%d", looked.get());
+  file = Descriptor(::open(link, kReading));
+  if (file.get() >= 0 || errno != ENOENT) return file.get() >= 0 ? 0 : errno;
+  // A root without /proc leaves only its name.
+  const struct stat expected = status;
+  file = Descriptor(open(kReading));
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0) return errno;
+  return status.st_dev == expected.st_dev && status.st_ino == expected.st_ino ? 0 : EAGAIN;
+}
+
+// Reads what `open` opens with the flags that it is given. `trusted`: what stands there may be
+// opened without a look.
+template <class Open>
+int readFile(const Open& open, bool trusted, FileBuffer& content, const ReadLimit& limit) {
+  content.clear();
+  Descriptor file(open(trusted ? kReading : kLooking));
+  if (file.get() < 0) return errno;
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) return errno;
+  if (const int error = requireRegular(status)) return error;
+  if (!trusted) {
+    const Descriptor looked = std::move(file);
+    if (const int error = openLookedAt(open, looked, status, file)) return error;
+  }
+  return content.fill(file.get(), static_cast<std::uint64_t>(status.st_size), limit);
+}
+
 }  // namespace
+
+ReadLimit ReadLimit::usual(std::string_view path) {
+  return isKernelPath(path) ? kernelFile() : ordinaryFile();
+}
+
+int FileBuffer::fill(int file, std::uint64_t size, const ReadLimit& limit) {
+  clear();
+  if (!limit.cuts && size > limit.bytes) return EFBIG;
+  // Kernel files have no size; that of others says how much one read can bring.
+  const auto guess = static_cast<std::size_t>(std::min<std::uint64_t>(size, kLargestGuess)) + 1;
+  const int error = reserve(std::max(guess, kFirstCapacity)) ? append(file, limit) : ENOMEM;
+  if (error != 0) clear();
+  return error;
+}
 
 // A file that is too large for the memory left costs only itself.
 bool FileBuffer::reserve(std::size_t capacity) {
@@ -66,14 +127,35 @@ bool FileBuffer::reserve(std::size_t capacity) {
   return true;
 }
 
+int FileBuffer::append(int file, const ReadLimit& limit) {
+  // One byte more than allowed tells that there is more.
+  const std::size_t end = limit.bytes + (limit.cuts ? 0 : 1);
+  int interruptions = 0;
+  while (m_size < end) {
+    if (m_size == m_capacity && !reserve(2 * m_capacity)) return ENOMEM;
+    const ssize_t got = ::read(file, m_data.get() + m_size, std::min(m_capacity, end) - m_size);
+    if (got == 0) return 0;
+    if (got > 0)
+      m_size += static_cast<std::size_t>(got);
+    else if (errno != EINTR || ++interruptions > kMostInterruptions)
+      return errno;
+  }
+  return limit.cuts ? 0 : EFBIG;
+}
+
 HostFiles::HostFiles(const std::string& root)
     : m_ownRoot(root.find_first_not_of('/') != std::string::npos) {
   if (!m_ownRoot) return;
   m_rootFd = ::open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   if (m_rootFd < 0) {
     m_rootError = errno;
-    BRV_TRACE_ERRNO(kError, m_rootError, "Failed to open the host root %s", root.c_str());
   }
+  // A folder that is not the root of a host would have everything look absent.
+  int error = m_rootError;
+  if (error == 0) openFolder("/proc", error);
+  if (error != 0)
+    m_fault =
+        "Failed to read " + root + (m_rootError == 0 ? "/proc: " : ": ") + std::strerror(error);
 }
 
 HostFiles::~HostFiles() {
@@ -154,36 +236,9 @@ int HostFiles::openByHand(int rootFd, std::string_view path, int flags) {
   return ::openat(current(), ".", flags);
 }
 
-int HostFiles::read(const char* path, FileBuffer& content) const {
-  return readOpen(Descriptor(open(path, kReading)), content);
-}
-
-int HostFiles::readOpen(Descriptor file, FileBuffer& content) {
-  content.m_size = 0;
-  if (file.get() < 0) return errno;
-  struct stat status {};
-  if (::fstat(file.get(), &status) != 0) return errno;
-  if (!S_ISREG(status.st_mode)) return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-  // Kernel files have no size; that of others says how much one read can bring.
-  const std::size_t guess =
-      std::clamp(static_cast<std::size_t>(status.st_size) + 1, kFirstCapacity, kLargestGuess);
-  if (!content.reserve(guess)) return ENOMEM;
-  const int error = content.fill(file.get());
-  if (error != 0) content.m_size = 0;
-  return error;
-}
-
-int FileBuffer::fill(int file) {
-  for (;;) {
-    if (m_size > kLargestFile) return EFBIG;
-    if (m_size == m_capacity && !reserve(2 * m_capacity)) return ENOMEM;
-    const ssize_t got = ::read(file, m_data.get() + m_size, m_capacity - m_size);
-    if (got == 0) return 0;
-    if (got > 0)
-      m_size += static_cast<std::size_t>(got);
-    else if (errno != EINTR)
-      return errno;
-  }
+int HostFiles::read(const char* path, FileBuffer& content, const ReadLimit& limit) const {
+  return readFile([&](int flags) { return open(path, flags); }, !m_ownRoot && isKernelPath(path),
+                  content, limit);
 }
 
 int HostFiles::readFirst(std::span<const char* const> paths, FileBuffer& content) const {
@@ -232,8 +287,9 @@ int HostFolder::open(const char* name, int flags) const {
   return m_files.open((m_path + '/' + name).c_str(), flags);
 }
 
-int HostFolder::read(const char* name, FileBuffer& content) const {
-  return HostFiles::readOpen(Descriptor(open(name, kReading)), content);
+int HostFolder::read(const char* name, FileBuffer& content, const ReadLimit& limit) const {
+  return readFile([&](int flags) { return open(name, flags); },
+                  !m_files.hasOwnRoot() && isKernelPath(m_path), content, limit);
 }
 
 int HostFolder::readLink(const char* name, std::string& target) const {
@@ -248,9 +304,9 @@ int HostFolder::status(const char* name, struct stat& status) const {
   return ::fstatat(m_folder.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
 }
 
-bool HostFolder::exists(const char* name) const {
+int HostFolder::find(const char* name) const {
   struct stat found {};
-  return status(name, found) == 0;
+  return status(name, found);
 }
 
 int HostFolder::modified(const char* name, std::int64_t& seconds) const {

@@ -19,17 +19,34 @@ namespace brv {
 
 class HostFolder;
 
+/// How much of a file is read.
+struct ReadLimit {
+  std::size_t bytes;  ///< at most so many
+  bool cuts = false;  ///< a longer file gives its beginning; otherwise it is refused with EFBIG
+
+  /// A file of the kernel, which is as long as it is. None comes near.
+  static constexpr ReadLimit kernelFile() { return {std::size_t{1} << 30}; }
+  /// What a package manager keeps.
+  static constexpr ReadLimit database() { return {std::size_t{256} << 20}; }
+  static constexpr ReadLimit ordinaryFile() { return {std::size_t{1} << 20}; }
+  static constexpr ReadLimit beginning(std::size_t bytes) { return {bytes, true}; }
+  /// What holds unless the reader says otherwise: files below /proc and /sys are the kernel's.
+  static ReadLimit usual(std::string_view path);
+};
+
 /// The bytes of one file, in memory that the next read uses again.
 class FileBuffer {
  public:
   std::string_view view() const { return {m_data.get(), m_size}; }
+  void clear() { m_size = 0; }
+  /// All of `file` from its place on, in place of what was here. `size` is what it says of itself;
+  /// it is compared with the limit before memory is taken. 0 or an errno value, ENOMEM when there
+  /// is no memory for so much; the buffer is empty after an error.
+  int fill(int file, std::uint64_t size, const ReadLimit& limit);
 
  private:
-  friend class HostFiles;
-  /// False when there is no memory for so much.
   bool reserve(std::size_t capacity);
-  /// All of `file` from its place on. 0 or an errno value.
-  int fill(int file);
+  int append(int file, const ReadLimit& limit);
 
   std::unique_ptr<char[]> m_data;
   std::size_t m_capacity = 0;
@@ -57,10 +74,17 @@ class HostFiles {
   /// own root.
   int rootDescriptor() const { return m_rootFd; }
 
-  /// Reads a whole file of any size. 0 or an errno value; `content` is empty after an error.
-  /// Anything but a regular file is refused with EINVAL (a FIFO would wait for ever), a folder
-  /// with EISDIR.
-  int read(const char* path, FileBuffer& content) const;
+  /// Why there is no host below the root: "Failed to read <root>: <cause>" for one that cannot be
+  /// opened or has no folder `proc`. Empty where there is one; "/" is not asked.
+  const std::string& fault() const { return m_fault; }
+
+  /// Reads a file within its limit. 0 or an errno value; `content` is empty after an error.
+  /// Anything but a regular file is refused with EINVAL, a folder with EISDIR: it is looked at
+  /// before it is opened, since opening alone makes some devices act and a FIFO wait.
+  int read(const char* path, FileBuffer& content) const {
+    return read(path, content, ReadLimit::usual(path));
+  }
+  int read(const char* path, FileBuffer& content, const ReadLimit& limit) const;
   /// Reads the first of `paths` that can be opened; the error is that of the first path.
   int readFirst(std::span<const char* const> paths, FileBuffer& content) const;
 
@@ -91,12 +115,11 @@ class HostFiles {
  private:
   friend class HostFolder;
   int open(const char* path, int flags) const;
-  /// Takes an open file that read() may have opened.
-  static int readOpen(Descriptor file, FileBuffer& content);
 
   bool m_ownRoot = false;
   int m_rootFd = -1;
   int m_rootError = 0;
+  std::string m_fault;
 };
 
 /// A folder that stays the same one while its files are read: /proc/<pid> of a process whose number
@@ -105,11 +128,13 @@ class HostFiles {
 class HostFolder {
  public:
   /// As HostFiles::read().
-  int read(const char* name, FileBuffer& content) const;
+  int read(const char* name, FileBuffer& content) const { return read(name, content, m_limit); }
+  int read(const char* name, FileBuffer& content, const ReadLimit& limit) const;
   int readLink(const char* name, std::string& target) const;
   /// Whether there is something of that name, be it a link that leads nowhere; of a name with a
-  /// slash never.
-  bool exists(const char* name) const;
+  /// slash never. 0, ENOENT or what kept it from being seen.
+  int find(const char* name) const;
+  bool exists(const char* name) const { return find(name) == 0; }
   /// When the content of `name` was changed last, in seconds since the epoch; of a link it is the
   /// link's own. 0 or an errno value, EINVAL for a name with a slash.
   int modified(const char* name, std::int64_t& seconds) const;
@@ -121,12 +146,16 @@ class HostFolder {
  private:
   friend class HostFiles;
   HostFolder(const HostFiles& files, std::string path, Descriptor folder)
-      : m_files(files), m_path(std::move(path)), m_folder(std::move(folder)) {}
+      : m_files(files),
+        m_path(std::move(path)),
+        m_limit(ReadLimit::usual(m_path)),
+        m_folder(std::move(folder)) {}
   int open(const char* name, int flags) const;
   int status(const char* name, struct stat& status) const;
 
   const HostFiles& m_files;
   std::string m_path;  // the host's own
+  ReadLimit m_limit;   // of the files below it
   Descriptor m_folder;
 };
 

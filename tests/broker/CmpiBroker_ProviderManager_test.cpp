@@ -195,7 +195,7 @@ TEST_F(ManagerTest, FailuresOfProvidersOfOneClass) {
                 {"fff", "!A failed", "!C failed"},
                 {"roo", "B|C|", "B|C|"},
                 {"oro", "A|C|", "A|C|"},
-                {"rrr", "", ""},
+                {"rrr", "!not here", "!not here"},
                 {"rfo", "!B failed", "C|"},
                 {"rrf", "!C failed", "!C failed"},
                 {"boo", "!A broke", "B|C|"},

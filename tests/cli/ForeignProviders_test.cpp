@@ -121,7 +121,8 @@ TEST_F(ForeignProviders, MessagesOutliveTheCallAndLibrariesStayWhenTheySaySo) {
            {"factory with an interface", 1, 0, "\nError: factory failed north\n"},
            {"factory with an interface", 1, 0,
             " Failed to initialize provider: OSBase_NFSProvider: factory failed north\n"},
-           {"factory refuses with an interface", 0, 0,
+           {"factory refuses with an interface", 1, 0, "\nError: factory refused north\n"},
+           {"factory refuses with an interface", 1, 0,
             " ProviderManager: OSBase_NFSProvider not loaded: factory refused north\n"},
            {"factory without a reason", 1, 0, "\nError: Internal error\n"},
            {"factory without a reason", 1, 0, " has made no instance interface\n"},
@@ -182,7 +183,7 @@ TEST_F(ForeignProviders, TheExampleIsBuiltOutOfTreeAndServes) {
   here.environment.emplace_back("BRVCIMB_HOST_ROOT=/host");
   here.arguments.insert(here.arguments.end(), {"-T", "2"});
   const ProgramResult refused = runProgram(here);
-  EXPECT_EQ(refused.status, 0);
+  EXPECT_EQ(refused.status, 1);
   EXPECT_THAT(refused.output, IsEmpty());
   EXPECT_THAT(refused.error, HasSubstr("OSBase_OperatingSystemProvider not loaded: "));
 }

@@ -44,22 +44,42 @@ class DamagedHost {
   TemporaryFolder m_folder;
 };
 
-TEST(HostileHosts, ARootWithoutFilesIsAnError) {
+// Whatever is asked of it: each of its classes would look empty.
+TEST(HostileHosts, ARootWithoutAHostIsAnError) {
   const TemporaryFolder folder;
   struct Case {
     fs::path root;
-    const char* reason;
+    std::string reason;
   };
-  for (const Case& root : {Case{folder.path() / "nothing", "No such file or directory"},
-                           {folder.write("file", "text"), "Not a directory"},
-                           {folder.path(), "No such file or directory"}}) {
-    SCOPED_TRACE(root.root);
-    const ProgramResult run = figuresBelow(root.root);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output, "");
-    EXPECT_THAT(run.error,
-                EndsWith(std::string("Error: Failed to open /etc/mtab: ") + root.reason + '\n'));
-  }
+  const Case cases[] = {
+      {folder.path() / "nothing", ": No such file or directory"},
+      {folder.write("file", "text"), ": Not a directory"},
+      {folder.path(), "/proc: No such file or directory"},
+  };
+  for (const Case& c : cases)
+    for (const char* const operation :
+         {"-e -c BRV_MetricValue", "-e -c BRV_OLMODSoftwarePackage", "-e -c BRV_OLMODFileSystem -E",
+          "-e -c BRV_OLMODVirtualComputerSystem", "-olmod"}) {
+      SCOPED_TRACE(c.root.string() + ' ' + operation);
+      const ProgramResult run = runProgram(onHost(c.root, operation));
+      EXPECT_EQ(run.status, 1);
+      EXPECT_EQ(run.output, "");
+      EXPECT_THAT(run.error,
+                  EndsWith("\nError: Failed to read " + c.root.string() + c.reason + '\n'));
+    }
+}
+
+TEST(HostileHosts, ARootWithoutANameIsReportedWithoutIt) {
+  const TemporaryFolder folder;
+  folder.write("proc/cpuinfo", "processor\t: 0\n");
+  const ProgramResult run =
+      runProgram(onHost(folder.path(), "-e -c BRV_OLMODProcessor -format table"));
+  EXPECT_EQ(run.status, 0);
+  const std::vector<std::string> lines = split(run.output);
+  ASSERT_EQ(lines.size(), 2u) << run.error;
+  EXPECT_THAT(lines[0], testing::StartsWith("CreationClassName\tSystemCreationClassName\t"
+                                            "SystemName\tDeviceID\t"));
+  EXPECT_THAT(lines[1], testing::StartsWith("BRV_OLMODProcessor\tBRV_OLMODComputerSystem\tNULL\t"));
 }
 
 TEST(HostileHosts, TheRootMayBeNamedInManyWays) {

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <string>
@@ -102,13 +103,76 @@ TEST(ObjectFilters, AFifoInPlaceOfTheFileMakesNobodyWait) {
   EXPECT_THAT(run.error, HasSubstr("Failed to load filter defintion : "));
 }
 
+// There it counts only if nobody but root and the caller can have written it.
 TEST(ObjectFilters, WithoutTheVariableTheFileIsThatOfTheWorkingFolder) {
   const TemporaryFolder folder;
-  folder.write("osfilter.conf", "Filesystem: device(/dev/sdb)\n");
+  const std::filesystem::path file =
+      folder.write("osfilter.conf", "Filesystem: device(/dev/sdb)\n");
   ProgramRun run = onHost(kHost, "-e -c BRV_MetricValue -format table");
   EXPECT_EQ(elementsOf("Disk.TotalIOs", figures(runProgram(run).output)), kAllDisks);
   run.folder = folder.path();
-  EXPECT_EQ(elementsOf("Disk.TotalIOs", figures(runProgram(run).output)), "sdb");
+  const ProgramResult used = runProgram(run);
+  EXPECT_EQ(elementsOf("Disk.TotalIOs", figures(used.output)), "sdb");
+  EXPECT_EQ(used.error, "");
+
+  const std::string refused =
+      "Failed to load filter defintion : ./osfilter.conf: others than root and the caller can "
+      "change it\n";
+  for (const mode_t mode : {0664, 0646}) {
+    ASSERT_EQ(::chmod(file.c_str(), mode), 0);
+    const ProgramResult passedOver = runProgram(run);
+    EXPECT_EQ(elementsOf("Disk.TotalIOs", figures(passedOver.output)), kAllDisks);
+    EXPECT_EQ(split(passedOver.error).size(), 1u);
+    EXPECT_THAT(passedOver.error, testing::EndsWith(refused));
+  }
+  ASSERT_EQ(::chmod(file.c_str(), 0644), 0);
+  if (::geteuid() != 0) return;
+  ASSERT_EQ(::chown(file.c_str(), 65534, 0), 0);
+  EXPECT_THAT(runProgram(run).error, testing::EndsWith(refused));
+  // Whoever names a folder trusts it.
+  run.environment.push_back("BRVCIMB_CONFIG_D=" + folder.path().string());
+  EXPECT_EQ(runProgram(run).error, "");
+}
+
+TEST(ObjectFilters, WhatRulesDoWrongIsToldOnce) {
+  const struct {
+    const char* rules;
+    std::string told;  // behind the path; empty: nothing
+  } kCases[] = {
+      {"# x\nFilesystem: mount(*)\nOther: x\n", ""},
+      {"Filesystem: mount(*)\nFilesystem: junk\n", ": line 2 is no rule and is passed over"},
+      {"\nFilesystem x\nFilesystem: mount(*)\nFilesystem: mount()\n",
+       ": 2 lines are no rules and are passed over, line 2 is the first"},
+      {"Filesystem[-]: type(tmpfs)\n", ": the rules leave out every file system and disk"},
+      {"Filesystem: mount(/nowhere) device(/dev/none)\n",
+       ": the rules leave out every file system and disk"},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.rules);
+    const TemporaryFolder folder;
+    const std::string path =
+        folder.write("osfilter.conf", c.rules).parent_path() / "./osfilter.conf";
+    ProgramRun run = filtered(folder);
+    run.arguments.resize(run.arguments.size() - 2);  // the usual level of the trace
+    const std::string told = runProgram(run).error;
+    if (c.told.empty()) {
+      EXPECT_EQ(told, "");
+    } else {
+      EXPECT_THAT(told, testing::EndsWith(' ' + path + c.told + '\n'));
+      EXPECT_EQ(split(told).size(), 1u);
+    }
+  }
+}
+
+TEST(ObjectFilters, AFileThatIsTooLargeIsToldOnce) {
+  const TemporaryFolder folder;
+  folder.write("osfilter.conf", "Filesystem: device(/dev/sdb)\n" + std::string(1 << 20, '#'));
+  ProgramRun run = filtered(folder);
+  run.arguments.resize(run.arguments.size() - 2);
+  const ProgramResult result = runProgram(run);
+  EXPECT_EQ(elementsOf("Disk.TotalIOs", figures(result.output)), kAllDisks);
+  EXPECT_THAT(result.error, testing::EndsWith("osfilter.conf: File too large\n"));
+  EXPECT_EQ(split(result.error).size(), 1u);
 }
 
 }  // namespace

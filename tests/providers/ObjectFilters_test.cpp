@@ -116,7 +116,7 @@ TEST(DefaultObjectFiltersReader, ReadsTheFileOfTheSettings) {
   folder.write("osfilter.conf", longLine + "\nlast");
   ASSERT_TRUE(reader.Open());
   EXPECT_TRUE(reader.ReadLine(line));
-  EXPECT_EQ(line, longLine + '\n');
+  EXPECT_EQ(line, longLine);
   EXPECT_TRUE(reader.ReadLine(line));
   EXPECT_EQ(line, "last");
   EXPECT_FALSE(reader.ReadLine(line));

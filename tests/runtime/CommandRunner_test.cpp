@@ -3,14 +3,22 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <fstream>
 
+#include "runtime/ChildProcess.h"
 #include "runtime/Trace.h"
 #include "support/RunProgram.h"
 
@@ -124,10 +132,82 @@ TEST(CommandRunner, DescendantsHoldNothingUp) {
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
-TEST(CommandRunner, OneDeadlineForAll) {
-  HostCommandRunner runner(HostFiles::process(), milliseconds(150));
-  for (int i = 0; i < 2; ++i)
-    EXPECT_EQ(runner.run({"/bin/sleep", "1000"}, {}), (CommandResult{End::kTimedOut, 0}));
+TEST(CommandRunner, ALimitForEach) {
+  HostCommandRunner runner;
+  EXPECT_EQ(runner.run({"/bin/sleep", "1000"}, {}, {milliseconds(150)}),
+            (CommandResult{End::kTimedOut, 0}));
+  EXPECT_EQ(runner.run({"/bin/sleep", "0.2"}, {}), (CommandResult{End::kExited, 0}));
+}
+
+TEST(CommandRunner, TheCauseIsWhatTheCommandSaysLast) {
+  const struct {
+    const char* script;
+    std::string cause;
+  } kScripts[] = {
+      {"echo one >&2; echo 'Error: no lock' >&2; exit 7", "Error: no lock"},
+      {"echo cut >&2; echo >&2; printf 'half a line' >&2; exit 1", "half a line"},
+      {"head -c 9000 /dev/zero | tr '\\0' z >&2; echo >&2; echo last >&2; exit 1", "last"},
+      {"exit 3", "exit status 3"},
+      {"echo out; kill -KILL $$", "ended by signal 9"},
+      {"echo late >&2; sleep 1000", "no end within its time limit"},
+  };
+  HostCommandRunner runner;
+  const auto ignore = [](std::string_view) {};
+  for (const auto& c : kScripts)
+    EXPECT_EQ(runner.run(shell(c.script), ignore, {milliseconds(1000)}).cause(), c.cause)
+        << c.script;
+  EXPECT_EQ(runner.run({"/nonexistent"}, ignore).cause(), "No such file or directory");
+}
+
+// Whatever ends this process, and however: not even a handler runs.
+TEST(CommandRunner, ACommandDoesNotOutliveUs) {
+  for (const int signal : {SIGKILL, SIGTERM, SIGHUP, SIGINT}) {
+    ChildPipe pipe;
+    ASSERT_EQ(pipe.open(), 0);
+    const pid_t runner = ::fork();
+    if (runner == 0) {
+      HostCommandRunner().run(shell("echo $$; exec sleep 1000"), [&pipe](std::string_view line) {
+        static_cast<void>(::write(pipe.writer.get(), line.data(), line.size()));
+      });
+      ::_exit(1);
+    }
+    pollfd event{pipe.reader.get(), POLLIN, 0};
+    ASSERT_EQ(::poll(&event, 1, 20'000), 1);
+    char id[16] = {};
+    ASSERT_GT(::read(pipe.reader.get(), id, sizeof(id) - 1), 0);
+    EXPECT_TRUE(runs(id));
+    ::kill(runner, signal);
+    ::waitpid(runner, nullptr, 0);
+    EXPECT_TRUE(soonGone(id)) << signal;
+  }
+}
+
+// A sandbox may refuse to tell what becomes of a child. That must be no success, and no spinning.
+TEST(CommandRunner, AnEndThatNobodyTellsIsNoSuccess) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_waitid, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{std::size(program), program};
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0) ::_exit(77);
+    std::string lines;
+    const CommandResult ran = HostCommandRunner().run(
+        shell("echo a; sleep 0.5; echo b"), [&lines](std::string_view line) { lines += line; });
+    rusage used{};
+    ::getrusage(RUSAGE_SELF, &used);
+    const bool spun = used.ru_utime.tv_sec + used.ru_stime.tv_sec > 0 ||
+                      used.ru_utime.tv_usec + used.ru_stime.tv_usec > 400'000;
+    ::_exit(ran.end == End::kLost && lines == "ab" && !spun ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 77) GTEST_SKIP() << "no system call filters here";
+  EXPECT_EQ(status, 0);
 }
 
 TEST(CommandRunner, NothingRunsBelowAnotherRoot) {

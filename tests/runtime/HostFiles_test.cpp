@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <string>
 
+#include "runtime/Descriptor.h"
 #include "support/RunProgram.h"
 
 namespace brv {
@@ -94,9 +96,61 @@ TEST_F(HostRoot, FileSystemsAreAskedBelowTheRoot) {
 
   EXPECT_EQ(files.fileSystem("/none", there), ENOENT);
 
-  testing::internal::CaptureStderr();
   EXPECT_EQ(HostFiles("/dev/null/none").fileSystem("/", there), ENOTDIR);
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("host root"), std::string::npos);
+}
+
+TEST_F(HostRoot, ARootWithoutAHostHasAFault) {
+  EXPECT_EQ(HostFiles("/dev/null/none").fault(), "Failed to read /dev/null/none: Not a directory");
+  EXPECT_EQ(HostFiles(m_root).fault(),
+            "Failed to read " + m_root.string() + "/proc: No such file or directory");
+  fs::create_directory(m_root / "proc");
+  EXPECT_EQ(HostFiles(m_root).fault(), "");
+  EXPECT_EQ(HostFiles("/").fault(), "");
+}
+
+// Opening alone makes some devices act. An inotify event tells of each opening of the FIFO.
+TEST_F(HostRoot, WhatIsNoFileIsNotOpened) {
+  const std::string fifo = m_root / "etc/fifo";
+  const Descriptor events(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  ASSERT_GE(::inotify_add_watch(events.get(), fifo.c_str(), IN_OPEN), 0);
+  FileBuffer content;
+  int error = 0;
+  EXPECT_EQ(HostFiles(m_root).read("/etc/fifo", content), EINVAL);
+  EXPECT_EQ(HostFiles().read(fifo.c_str(), content), EINVAL);
+  EXPECT_EQ(HostFiles().openFolder((m_root / "etc").c_str(), error)->read("fifo", content), EINVAL);
+  char event[4096];
+  EXPECT_EQ(::read(events.get(), event, sizeof(event)), -1);
+  ::close(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK));
+  EXPECT_GT(::read(events.get(), event, sizeof(event)), 0);
+}
+
+TEST_F(HostRoot, LimitsHoldBeforeMemoryIsTaken) {
+  constexpr std::size_t kMiB = std::size_t{1} << 20;
+  const HostFiles files(m_root);
+  const struct {
+    const char* path;
+    std::uintmax_t size;
+    ReadLimit limit;
+    int error;
+    std::size_t read;
+  } kCases[] = {
+      {"/etc/file", kMiB, ReadLimit::usual("/etc/file"), 0, kMiB},
+      {"/etc/file", kMiB + 1, ReadLimit::usual("/etc/file"), EFBIG, 0},
+      {"/etc/file", kMiB + 1, ReadLimit::database(), 0, kMiB + 1},
+      {"/etc/file", std::uintmax_t{1} << 40, ReadLimit::database(), EFBIG, 0},
+      {"/etc/file", std::uintmax_t{1} << 40, ReadLimit::beginning(4096), 0, 4096},
+      {"/etc/file", 100, ReadLimit::beginning(4096), 0, 100},
+      {"/proc/stat", 3 * kMiB, ReadLimit::usual("/proc/stat"), 0, 3 * kMiB},
+      {"/process", 3 * kMiB, ReadLimit::usual("/process"), EFBIG, 0},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::string(c.path) + ' ' + std::to_string(c.size));
+    m_folder.write("root" + std::string(c.path), "");
+    fs::resize_file(m_root / (c.path + 1), c.size);
+    FileBuffer content;
+    EXPECT_EQ(files.read(c.path, content, c.limit), c.error);
+    EXPECT_EQ(content.view().size(), c.read);
+  }
 }
 
 // Names out of files, such as those of packages, are no paths.

@@ -17,6 +17,8 @@ struct RecordedCommand {
   std::string output;
   int status = 0;
   std::chrono::milliseconds delay{0};  ///< until its end; nothing waits for it
+  CommandResult::End end = CommandResult::End::kExited;
+  std::string lastError{};
 };
 
 /// Commands out of a table, by their arguments joined with blanks. Others do not exist.
@@ -40,7 +42,7 @@ class RecordedCommands : public CommandRunner {
       onLine(line);
       rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
-    return {CommandResult::End::kExited, command.status};
+    return {command.end, command.status, command.lastError};
   }
 
   std::vector<std::string> ran;  ///< what was asked for, in order

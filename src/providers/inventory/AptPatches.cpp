@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <string_view>
 #include <unordered_map>
 
@@ -16,13 +17,14 @@ namespace brv {
 namespace {
 
 constexpr const char* kLists = "/var/lib/apt/lists";
+constexpr const char* kHelper = "/usr/lib/apt/apt-helper";
 
 std::vector<std::string> securityLists(const HostFolder& folder) {
   std::vector<std::string> names;
   const int error = folder.list([&names](const char* name) {
     if (readSecurityListName(name)) names.emplace_back(name);
   });
-  if (error != 0) BRV_TRACE_ERRNO(kWarning, error, "%s", kLists);
+  if (error != 0) failToRead(kLists, error);
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -85,7 +87,7 @@ std::vector<AptPatch> readAptPatches(const HostFiles& files, CommandRunner& comm
   int error = 0;
   const auto folder = files.openFolder(kLists, error);
   if (folder == nullptr) {
-    if (error != ENOENT) BRV_TRACE_ERRNO(kWarning, error, "%s", kLists);
+    if (error != ENOENT) failToRead(kLists, error);
     return {};
   }
   const std::vector<std::string> names = securityLists(*folder);
@@ -98,12 +100,14 @@ std::vector<AptPatch> readAptPatches(const HostFiles& files, CommandRunner& comm
     const std::string path = std::string(kLists) + '/' + name;
     finder.beginList(list.suite);
     if (list.compressed) {
-      commands.run({"/usr/lib/apt/apt-helper", "cat-file", path},
-                   [&finder](std::string_view line) { finder.line(line); });
-    } else if (error = folder->read(name.c_str(), text); error == 0) {
-      for (LineScanner lines(text.view()); lines.next();) finder.line(lines.line());
+      const CommandResult ran = commands.run(
+          {kHelper, "cat-file", path}, [&finder](std::string_view line) { finder.line(line); },
+          {.time = std::chrono::seconds(120), .output = ReadLimit::database().bytes});
+      if (!ran.succeeded()) failToRun(kHelper, ran);
     } else {
-      BRV_TRACE_ERRNO(kWarning, error, "%s", path.c_str());
+      error = folder->read(name.c_str(), text, ReadLimit::database());
+      if (error != 0) failToRead(path, error);
+      for (LineScanner lines(text.view()); lines.next();) finder.line(lines.line());
     }
     finder.endList();
   }

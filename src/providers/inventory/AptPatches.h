@@ -18,7 +18,8 @@ struct AptPatch {
 
 /// Compares the lists of the security archives that the host has fetched, of which some may be
 /// compressed, with the packages of its dpkg database, in one pass over each. Nothing is fetched.
-/// In the order of the lists' names, then of their packages.
+/// In the order of the lists' names, then of their packages. A list that cannot be read to its end
+/// throws a CmpiStatus.
 std::vector<AptPatch> readAptPatches(const HostFiles& files, CommandRunner& commands);
 
 }  // namespace brv

@@ -23,9 +23,16 @@ bool CmpiOLMODDataProvider::loadHostName() const {
   return false;
 }
 
-// Every instance names the host.
+void CmpiOLMODDataProvider::setHostName(CmpiInstance& instance, const char* property) const {
+  if (getHostname().empty())
+    instance.setProperty(property, CmpiData(CMPIData{CMPI_string, CMPI_nullValue, {}}));
+  else
+    instance.setProperty(property, getHostname().c_str());
+}
+
+// Every instance names the host. Below a root of its own one may have no file that tells its name.
 CmpiInstance CmpiOLMODDataProvider::create(const char* className) const {
-  if (identity().nodeName.empty())
+  if (getHostname().empty() && !files().hasOwnRoot())
     throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, "Failed to retrieve hostname"));
   CmpiInstance instance(CmpiObjectPath(kProviderNamespace, className));
   instance.setProperty("CreationClassName", className);
@@ -38,7 +45,7 @@ CmpiInstance CmpiOLMODDataProvider::createLogicalElement(const char* className,
     throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER));
   CmpiInstance instance = create(className);
   getCSCreationClassName(instance);
-  instance.setProperty("CSName", getHostname().c_str());
+  setHostName(instance, "CSName");
   instance.setProperty("Name", name);
   return instance;
 }
@@ -87,7 +94,7 @@ CmpiInstance CmpiOLMODDataProvider::createNetPortInstance(const char* deviceId) 
 CmpiInstance CmpiOLMODDataProvider::createOSProcInstance(long long pid) const {
   CmpiInstance instance = create(kOSProcess);
   getCSCreationClassName(instance);
-  instance.setProperty("CSName", getHostname().c_str());
+  setHostName(instance, "CSName");
   instance.setProperty("OSCreationClassName", kOperatingSystem);
   instance.setProperty("OSName", getOSName());
   instance.setProperty("Handle", std::to_string(pid).c_str());
@@ -115,12 +122,12 @@ int CmpiOLMODDataProvider::getCSCreationClassName(CmpiInstance& instance) const 
 }
 
 int CmpiOLMODDataProvider::getSystemName(CmpiInstance& instance) const {
-  instance.setProperty("SystemName", getHostname().c_str());
+  setHostName(instance, "SystemName");
   return 1;
 }
 
 int CmpiOLMODDataProvider::getCSName(CmpiInstance& instance) const {
-  instance.setProperty("Name", getHostname().c_str());
+  setHostName(instance, "Name");
   return 1;
 }
 

@@ -19,7 +19,8 @@ namespace brv {
 /// "root/cimv2".
 ///
 /// Without a host name every operation that makes an instance throws a CmpiStatus, as does one that
-/// is given no class or name.
+/// is given no class or name. Only below a root of its own, whose host may have no file that tells
+/// its name, instances are made without.
 class CmpiOLMODDataProvider : public CmpiBaseProvider {
  public:
   static constexpr const char* kComputerSystem = "BRV_OLMODComputerSystem";
@@ -88,6 +89,8 @@ class CmpiOLMODDataProvider : public CmpiBaseProvider {
 
  private:
   CmpiInstance create(const char* className) const;
+  /// NULL when it is not known.
+  void setHostName(CmpiInstance& instance, const char* property) const;
   std::string askFQDName() const;
   /// In the order in which they are reported; empty after a failure.
   std::vector<InterfaceAddress> activeAddresses() const;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -46,13 +45,6 @@ CmpiStatus CmpiOLMODDataProviderLinux::enumInstances(const CmpiContext&, CmpiRes
     return CmpiStatus(CMPI_RC_OK);
   }
   return CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED);
-}
-
-void CmpiOLMODDataProviderLinux::failToOpen(const char* path, int error,
-                                            const trace::Place& place) {
-  throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED,
-                             std::string("Failed to open ") + path + ": " + std::strerror(error)),
-                  place);
 }
 
 }  // namespace brv

@@ -2,15 +2,15 @@
 #pragma once
 
 #include "providers/inventory/CmpiOLMODDataProvider.h"
-#include "runtime/Trace.h"
 
 namespace brv {
 
 /// The inventory of a Linux host, read when asked and handed on instance by instance. Registered as
 /// BRV_OLMODDataProvider.
 ///
-/// What is missing costs its own properties and a trace at level 2. An enumeration fails only when
-/// what it walks along cannot be opened: /proc/cpuinfo, the mount table, /sys/class/net, /proc.
+/// What is missing costs its own properties and a trace at level 2. An enumeration fails when what
+/// it walks along cannot be read to its end: /proc/cpuinfo, the mount table, /sys/class/net, /proc,
+/// the database or the command of a package manager that the host has. A part would pass for all.
 class CmpiOLMODDataProviderLinux : public CmpiOLMODDataProvider {
  public:
   static constexpr const char* kProviderName = "BRV_OLMODDataProvider";
@@ -36,10 +36,6 @@ class CmpiOLMODDataProviderLinux : public CmpiOLMODDataProvider {
   void enumSoftwarePackages(CmpiResult& result);
   void enumSoftwarePatches(CmpiResult& result);
   void enumOSProcesses(CmpiResult& result);
-
-  /// Ends the enumeration: `path` is what it walks along.
-  [[noreturn]] static void failToOpen(const char* path, int error,
-                                      const trace::Place& place = trace::Place::current());
 };
 
 }  // namespace brv

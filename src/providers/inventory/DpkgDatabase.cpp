@@ -31,7 +31,7 @@ std::vector<std::string> listPackageFiles(const HostFolder& folder) {
   const int error = folder.list([&names](const char* name) {
     if (!std::string_view(name).ends_with(".md5sums")) names.emplace_back(name);
   });
-  if (error != 0) BRV_TRACE_ERRNO(kWarning, error, "%s", kStatusFolder);
+  if (error != 0) failToRead(kStatusFolder, error);
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -40,24 +40,22 @@ std::vector<std::string> listPackageFiles(const HostFolder& folder) {
 
 void forEachDpkgPackage(const HostFiles& files, const OnPackage& onPackage) {
   FileBuffer text;
-  int error = files.read(kStatus, text);
+  int error = files.read(kStatus, text, ReadLimit::database());
   if (error == 0)
     readPackages(kStatus, text.view(), onPackage);
   else if (error != ENOENT)
-    BRV_TRACE_ERRNO(kWarning, error, "%s", kStatus);
+    failToRead(kStatus, error);
 
   const auto folder = files.openFolder(kStatusFolder, error);
   if (folder == nullptr) {
-    if (error != ENOENT) BRV_TRACE_ERRNO(kWarning, error, "%s", kStatusFolder);
+    if (error != ENOENT) failToRead(kStatusFolder, error);
     return;
   }
   for (const std::string& name : listPackageFiles(*folder)) {
     const std::string path = std::string(kStatusFolder) + '/' + name;
-    error = folder->read(name.c_str(), text);
-    if (error == 0)
-      readPackages(path.c_str(), text.view(), onPackage);
-    else
-      BRV_TRACE_ERRNO(kWarning, error, "%s", path.c_str());
+    error = folder->read(name.c_str(), text, ReadLimit::database());
+    if (error != 0) failToRead(path, error);
+    readPackages(path.c_str(), text.view(), onPackage);
   }
 }
 

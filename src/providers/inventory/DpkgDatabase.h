@@ -15,7 +15,7 @@ namespace brv {
 /// Calls `onPackage` with every installed package of the dpkg database, those of
 /// /var/lib/dpkg/status first, then those of the files in status.d by their names. The texts of a
 /// package live for the call only; its install time is not in these files. A host without the
-/// database has no packages; a file that cannot be read costs its own and a trace.
+/// database has no packages; a file that cannot be read throws a CmpiStatus.
 void forEachDpkgPackage(const HostFiles& files,
                         const std::function<void(InstalledPackage& package)>& onPackage);
 

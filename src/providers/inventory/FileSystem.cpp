@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "providers/ActiveMounts.h"
+#include "providers/CmpiProviderUtil.h"
 #include "providers/ObjectFilters.h"
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 #include "providers/inventory/DiskLinks.h"
@@ -90,7 +91,7 @@ void writeOrigin(PropertyWriter& writer, const MountTable::Mount& mount,
 void CmpiOLMODDataProviderLinux::enumFileSystems(CmpiResult& result) {
   const ObjectFilters::Enumeration enumeration;
   ActiveMounts mounts(files());
-  if (const int error = mounts.read()) failToOpen(ActiveMounts::kTableName, error);
+  if (const int error = mounts.read()) failToRead(ActiveMounts::kTableName, error);
   const auto skip = [this](const MountTable::Mount& mount) {
     return SkipFileSystem(mount.device, mount.mountPoint, mount.type) != 0;
   };

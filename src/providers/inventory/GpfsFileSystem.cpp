@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
@@ -23,26 +24,33 @@ namespace brv {
 namespace {
 
 constexpr std::chrono::seconds kCommandLimit{30};
+constexpr const char* kPrograms = "/usr/lpp/mmfs/bin";
 
 // Hands the output of an administration command to a reader. Why one fails is traced by the runner.
 template <class Reader>
 CommandResult runCommand(CommandRunner& commands, const char* name, const char* which,
                          Reader& reader) {
-  std::vector<std::string> arguments{std::string("/usr/lpp/mmfs/bin/") + name};
+  std::vector<std::string> arguments{std::string(kPrograms) + '/' + name};
   if (which != nullptr) arguments.emplace_back(which);
   arguments.emplace_back("-Y");
   return commands.run(arguments, [&](std::string_view line) { reader.line(line); },
                       {.time = kCommandLimit});
 }
 
-// The file systems of this cluster, then those of others that it knows. A command that fails adds
-// none; one that ends by itself (there are none of its kind) does not stand for the other.
-std::vector<GpfsFileSystem> listFileSystems(CommandRunner& commands) {
+// The file systems of this cluster, then those of others that it knows. A command that ends by
+// itself with an error has none of its kind to tell of; one that is ended says nothing.
+std::vector<GpfsFileSystem> listFileSystems(const HostFiles& files, CommandRunner& commands) {
   std::vector<GpfsFileSystem> found;
+  int error = 0;
+  if (files.openFolder(kPrograms, error) == nullptr) {
+    if (error != ENOENT) failToRead(kPrograms, error);
+    return found;
+  }
   for (const char* which : {"all", "all_remote"}) {
     GpfsFileSystems reader;
     const CommandResult result = runCommand(commands, "mmlsfs", which, reader);
-    if (result.end != CommandResult::End::kExited) break;
+    if (result.end != CommandResult::End::kExited)
+      failToRun(std::string(kPrograms) + "/mmlsfs", result);
     if (!result.succeeded()) continue;
     traceOddLines("mmlsfs", reader.odd());
     found.insert(found.end(), reader.all().begin(), reader.all().end());
@@ -166,7 +174,7 @@ void writeAttributes(PropertyWriter& writer, const GpfsFileSystem& fileSystem) {
 }  // namespace
 
 void CmpiOLMODDataProviderLinux::enumGpfsFileSystems(CmpiResult& result) {
-  std::vector<GpfsFileSystem> all = listFileSystems(host().commands);
+  std::vector<GpfsFileSystem> all = listFileSystems(files(), host().commands);
   if (all.empty()) return;
   const ObjectFilters::Enumeration enumeration;
   const GpfsMounts mounts(files());

@@ -166,10 +166,10 @@ void setGroup(PropertyWriter& writer, NetworkFolder& port) {
 void CmpiOLMODDataProviderLinux::enumNetworkPorts(CmpiResult& result) {
   int error = 0;
   const auto net = files().openFolder(kNetworkPath, error);
-  if (net == nullptr) failToOpen(kNetworkPath, error);
+  if (net == nullptr) failToRead(kNetworkPath, error);
   std::vector<PortNumbers> ports;
   error = listPorts(*net, ports);
-  if (error != 0) failToOpen(kNetworkPath, error);
+  if (error != 0) failToRead(kNetworkPath, error);
 
   Joined joined;
   joinAddresses(host().network, joined);

@@ -83,7 +83,8 @@ class ProcessReader {
         traceOddLines((std::string(kProc) + '/' + m_name + "/status").c_str(), m_odd);
     }
 
-    error = folder.read("cmdline", m_text);
+    // As long as the process likes it, and each page of it may be one that has to be fetched.
+    error = folder.read("cmdline", m_text, ReadLimit::beginning(kLongestCommandLine));
     if (!stands("/cmdline", error)) return false;
     if (error == 0) m_process.commandLine = m_text.view();
 
@@ -160,6 +161,7 @@ class Ticks {
   const std::optional<std::int64_t> m_boot;
 };
 
+// This process is one of them, so there is never none.
 std::vector<Pid> listProcesses(const HostFolder& proc) {
   std::vector<Pid> pids;
   const int error = proc.list([&pids](const char* name) {
@@ -169,7 +171,8 @@ std::vector<Pid> listProcesses(const HostFolder& proc) {
     // The kernel writes no zeros in front; "07" would be 7 once more.
     if (fault == std::errc() && behind == end && *name != '0') pids.push_back(pid);
   });
-  if (error != 0) BRV_TRACE_ERRNO(kWarning, error, "%s", kProc);
+  if (error != 0) failToRead(kProc, error);
+  if (pids.empty()) failToRead(kProc, "no process is listed");
   std::sort(pids.begin(), pids.end());
   return pids;
 }
@@ -256,7 +259,7 @@ class ProcessWriter {
 void CmpiOLMODDataProviderLinux::enumOSProcesses(CmpiResult& result) {
   int error = 0;
   const auto proc = files().openFolder(kProc, error);
-  if (proc == nullptr) failToOpen(kProc, error);
+  if (proc == nullptr) failToRead(kProc, error);
   UserNames users(files(), host().names);
   const Ticks ticks(identity().ticks, readBootMoment(files()));
   ProcessWriter writer(identity().pageSize, ticks, users, setCPUTime);

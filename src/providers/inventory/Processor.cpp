@@ -2,6 +2,7 @@
 #include <optional>
 #include <string>
 
+#include "providers/CmpiProviderUtil.h"
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 #include "providers/inventory/CpuFacts.h"
 #include "providers/inventory/PropertyWriter.h"
@@ -52,7 +53,7 @@ void setProperties(PropertyWriter& writer, const CpuFacts& facts) {
 
 void CmpiOLMODDataProviderLinux::enumProcessors(CmpiResult& result) {
   FileBuffer cpuInfo;
-  if (const int error = files().read(kCpuInfoPath, cpuInfo)) failToOpen(kCpuInfoPath, error);
+  if (const int error = files().read(kCpuInfoPath, cpuInfo)) failToRead(kCpuInfoPath, error);
   CpuFactsReader cpus(files(), identity().machine, cpuInfo.view());
   PropertyWriter writer(PropertyWriter::Absent::kNull);
   for (std::size_t i = 0; i < cpus.numbers().size(); ++i) {

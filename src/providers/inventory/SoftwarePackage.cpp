@@ -11,6 +11,7 @@
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 #include "providers/inventory/DpkgDatabase.h"
 #include "providers/inventory/PropertyWriter.h"
+#include "providers/inventory/RpmDatabase.h"
 #include "providers/inventory/readers/ApkInstalled.h"
 #include "providers/inventory/readers/RpmQuery.h"
 
@@ -49,19 +50,7 @@ class PackageWriter {
   std::string m_id;
 };
 
-// The folder of the rpm database; null: the host has none. rpm itself makes an empty database when
-// it is asked without one.
-const char* rpmDatabase(const HostFiles& files) {
-  for (const char* const path : {"/var/lib/rpm", "/usr/lib/sysimage/rpm"}) {
-    int error = 0;
-    const auto folder = files.openFolder(path, error);
-    if (folder == nullptr) continue;
-    for (const char* const name : {"Packages", "Packages.db", "rpmdb.sqlite"})
-      if (folder->exists(name)) return path;
-  }
-  return nullptr;
-}
-
+// Packages are handed on as they come; what throws in the end takes them back.
 void forEachRpmPackage(const HostFiles& files, CommandRunner& commands,
                        const OnPackage& onPackage) {
   constexpr const char* kRpm = "/usr/bin/rpm";
@@ -69,30 +58,28 @@ void forEachRpmPackage(const HostFiles& files, CommandRunner& commands,
   if (database == nullptr) return;
   RpmQuery query;
   InstalledPackage package;
+  CommandResult ran;
   for (const char* const format : {RpmQuery::kQueryFormat, RpmQuery::kQueryFormatOld}) {
     bool anyLine = false;
     const auto onLine = [&](std::string_view line) {
       anyLine = true;
       if (query.line(line, package)) onPackage(package);
     };
-    const CommandResult ran =
-        commands.run({kRpm, "--dbpath", database, "-qa", "--queryformat", format}, onLine,
-                     {.time = std::chrono::seconds(120)});
+    ran = commands.run({kRpm, "--dbpath", database, "-qa", "--queryformat", format}, onLine,
+                       {.time = std::chrono::seconds(60)});
     if (anyLine || ran.end != CommandResult::End::kExited || ran.code == 0) break;
   }
-  if (query.oddLines() > 0)
-    BRV_TRACE(kWarning, "%s: %zu lines make no sense and are passed over", kRpm, query.oddLines());
+  // Of a damaged database rpm prints what it can, complains, and ends with 0.
+  if (!ran.succeeded() || ran.lastError.starts_with("error:")) failToRun(kRpm, ran);
+  if (query.oddLines() > 0) failToRead(kRpm, "a line of its answer is no package");
 }
 
 void forEachApkPackage(const HostFiles& files, const OnPackage& onPackage) {
   FileBuffer text;
   for (const char* const path : {"/lib/apk/db/installed", "/usr/lib/apk/db/installed"}) {
-    const int error = files.read(path, text);
+    const int error = files.read(path, text, ReadLimit::database());
     if (error == ENOENT) continue;
-    if (error != 0) {
-      BRV_TRACE_ERRNO(kWarning, error, "%s", path);
-      continue;
-    }
+    if (error != 0) failToRead(path, error);
     ApkInstalled installed(text.view());
     for (InstalledPackage package; installed.next(package);) onPackage(package);
     traceOddLines(path, installed.odd());

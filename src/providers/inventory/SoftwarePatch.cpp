@@ -15,6 +15,7 @@
 #include "providers/inventory/AptPatches.h"
 #include "providers/inventory/CmpiOLMODDataProviderLinux.h"
 #include "providers/inventory/PropertyWriter.h"
+#include "providers/inventory/RpmDatabase.h"
 #include "providers/inventory/readers/DnfUpdateInfo.h"
 #include "providers/inventory/readers/ZypperPatches.h"
 
@@ -47,30 +48,40 @@ void forEachZypperPatch(CommandRunner& commands, const OnPatch& onPatch) {
       onPatch("zypper",
               {row.name, row.category, row.severity, {}, row.since, row.repository, row.summary});
   };
-  commands.run({kZypper, "--non-interactive", "--no-refresh", "patches"}, onLine, kLimits);
+  const CommandResult ran =
+      commands.run({kZypper, "--non-interactive", "--no-refresh", "patches"}, onLine, kLimits);
+  // 100 to 103 tell of the updates that there are.
+  const bool told = ran.end == CommandResult::End::kExited &&
+                    (ran.code == 0 || (ran.code >= 100 && ran.code <= 103));
+  if (!told) failToRun(kZypper, ran);
   traceOddLines(kZypper, table.odd());
 }
 
 // dnf and yum, which understand the same questions.
 void forEachDnfPatch(CommandRunner& commands, const char* program, const OnPatch& onPatch) {
-  // Old releases want the word without the dashes.
-  for (const char* const which : {"--installed", "installed"}) {
-    DnfUpdateInfo table;
-    const CommandResult ran = commands.run(
+  DnfUpdateInfo table;
+  const auto ask = [&](const char* which) {
+    table = {};
+    return commands.run(
         {program, "-C", "-q", "updateinfo", "list", which},
         [&table](std::string_view line) { table.line(line); }, kLimits);
-    if (ran.end == CommandResult::End::kExited && ran.code != 0 && *which == '-') continue;
-    traceOddLines(program, table.odd());
-    for (const DnfAdvisory& advisory : table.advisories())
-      onPatch("dnf", {advisory.name,
-                      advisory.category,
-                      advisory.severity,
-                      advisory.packages,
-                      advisory.issued,
-                      {},
-                      {}});
-    return;
-  }
+  };
+  CommandResult ran = ask("--installed");
+  // Old releases want the word without the dashes; newer ones may not know that.
+  if (ran.end == CommandResult::End::kExited && ran.code != 0)
+    if (CommandResult again = ask("installed");
+        again.succeeded() || ran.lastError.find("--installed") != std::string::npos)
+      ran = std::move(again);
+  if (!ran.succeeded()) failToRun(program, ran);
+  traceOddLines(program, table.odd());
+  for (const DnfAdvisory& advisory : table.advisories())
+    onPatch("dnf", {advisory.name,
+                    advisory.category,
+                    advisory.severity,
+                    advisory.packages,
+                    advisory.issued,
+                    {},
+                    {}});
 }
 
 void forEachAptPatch(const HostFiles& files, CommandRunner& commands, const OnPatch& onPatch) {
@@ -78,19 +89,24 @@ void forEachAptPatch(const HostFiles& files, CommandRunner& commands, const OnPa
     onPatch("apt", {patch.name, "security", {}, patch.packages, {}, patch.suite, {}});
 }
 
-// The first source that the host has counts.
+// Those that work on rpm packages say something only where there are some: other distributions
+// have their programs too. yum is an older dnf, or another name of it.
 void forEachPatch(const HostFiles& files, CommandRunner& commands, const OnPatch& onPatch) {
-  int error = 0;
-  const auto programs = files.openFolder("/usr/bin", error);
-  const auto has = [&](const char* name) { return programs != nullptr && programs->exists(name); };
-  if (has("zypper"))
-    forEachZypperPatch(commands, onPatch);
-  else if (has("dnf"))
-    forEachDnfPatch(commands, "/usr/bin/dnf", onPatch);
-  else if (has("yum"))
-    forEachDnfPatch(commands, "/usr/bin/yum", onPatch);
-  else
-    forEachAptPatch(files, commands, onPatch);
+  constexpr const char* kPrograms = "/usr/bin";
+  if (rpmDatabase(files) != nullptr) {
+    int error = 0;
+    const auto programs = files.openFolder(kPrograms, error);
+    if (programs == nullptr && error != ENOENT) failToRead(kPrograms, error);
+    const auto has = [&](const char* name) {
+      return programs != nullptr && programs->exists(name);
+    };
+    if (has("zypper")) forEachZypperPatch(commands, onPatch);
+    if (has("dnf"))
+      forEachDnfPatch(commands, "/usr/bin/dnf", onPatch);
+    else if (has("yum"))
+      forEachDnfPatch(commands, "/usr/bin/yum", onPatch);
+  }
+  forEachAptPatch(files, commands, onPatch);
 }
 
 }  // namespace

@@ -57,10 +57,11 @@ class UserNames::Helper {
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) return errno;
     m_socket = Descriptor(ends[0]);
     const Descriptor childsEnd(ends[1]);
+    const pid_t parent = ::getpid();
     const pid_t id = ::fork();
     if (id < 0) return errno;
     if (id == 0) {
-      ChildProcess::detach({ends[1]});
+      ChildProcess::detach(parent, {ends[1]});
       answerAll(ends[1], names);
     }
     m_child.emplace(id, false);
@@ -80,7 +81,7 @@ class UserNames::Helper {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
       if (left.count() <= 0) return {};
       pollfd event{m_socket.get(), POLLIN, 0};
-      ::poll(&event, 1, static_cast<int>(left.count()));
+      waitForAny({&event, 1}, static_cast<int>(left.count()));
     }
   }
 

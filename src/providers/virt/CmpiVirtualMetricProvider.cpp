@@ -10,8 +10,9 @@
 
 namespace brv {
 
-CmpiStatus CmpiVirtualMetricProvider::initialize(const CmpiContext&) {
-  CmpiStatus status = requirePlatform(platform(), m_host.detector());
+CmpiStatus CmpiVirtualMetricProvider::initialize(const CmpiContext& context) {
+  CmpiStatus status = CmpiBaseProvider::initialize(context);
+  if (status.rc() == CMPI_RC_OK) status = requirePlatform(platform(), m_host.detector());
   if (status.rc() == CMPI_RC_OK) createSource();
   return status;
 }

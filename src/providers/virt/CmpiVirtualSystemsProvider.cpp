@@ -6,8 +6,9 @@
 
 namespace brv {
 
-CmpiStatus CmpiVirtualSystemsProvider::initialize(const CmpiContext&) {
-  CmpiStatus status = requirePlatform(platform(), host().detector());
+CmpiStatus CmpiVirtualSystemsProvider::initialize(const CmpiContext& context) {
+  CmpiStatus status = CmpiBaseProvider::initialize(context);
+  if (status.rc() == CMPI_RC_OK) status = requirePlatform(platform(), host().detector());
   if (status.rc() == CMPI_RC_OK) createSource();
   return status;
 }

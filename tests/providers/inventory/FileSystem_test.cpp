@@ -68,7 +68,7 @@ truncat)");
   EXPECT_EQ(host.calls().calls, 0) << "nothing here may block";
   EXPECT_THAT(trace.take(), HasSubstr("Currently active file system is /dev/y\n"));
   EXPECT_THAT(columnsOf(kClass, "", {}),
-              HasSubstr("Failed to open /etc/mtab: No such file or directory"));
+              HasSubstr("Failed to read /etc/mtab: No such file or directory"));
 }
 
 // Neither what the reader has in the place of a mount nor what a server of any user calls its

@@ -24,10 +24,13 @@ const std::string kRemote = R"(== command 0 /usr/lpp/mmfs/bin/mmlsfs all_remote 
 mmlsfs::HEADER:version:reserved:reserved:deviceName:fieldName:data:remarks:
 mmlsfs::0:1:::far:inodeSize:4096::
 )";
+const std::string kNoRemote = "== command 1 /usr/lpp/mmfs/bin/mmlsfs all_remote -Y\n";
 const std::string kState = R"(== command 1 /usr/lpp/mmfs/bin/mmgetstate -Y
 mmgetstate::HEADER:version:reserved:reserved:nodeName:state:
 mmgetstate::0:1:::pump7:active:
 )";
+
+const std::string kPrograms = "== folder /usr/lpp/mmfs/bin\n";
 
 TEST(GpfsFileSystem, CommandsThatAreMissingFailOrTellOddThings) {
   const std::string mill = "mill|-|FALSE|-|-|-|TRUE|system;cold|\nidle|-|FALSE|-|-|-|FALSE|-|\n";
@@ -36,10 +39,14 @@ TEST(GpfsFileSystem, CommandsThatAreMissingFailOrTellOddThings) {
     std::size_t commands;
     std::string fileSystems;
   } kCases[] = {
-      {"", 1, ""},
-      {kLocal + kState, 4, mill},
-      {kLocal + kRemote, 4, mill + "far|-|TRUE|4096|-|-|-|-|\n"},
-      {"== command 1 /usr/lpp/mmfs/bin/mmlsfs all -Y\n" + kRemote, 4, "far|-|-|4096|-|-|-|-|\n"},
+      {"", 0, ""},
+      {kPrograms, 1, "! /usr/lpp/mmfs/bin/mmlsfs failed: No such file or directory"},
+      {kPrograms + "== command late /usr/lpp/mmfs/bin/mmlsfs all -Y\n" + kRemote, 1,
+       "! /usr/lpp/mmfs/bin/mmlsfs failed: no end within its time limit"},
+      {kPrograms + kLocal + kNoRemote + kState, 4, mill},
+      {kPrograms + kLocal + kRemote, 4, mill + "far|-|TRUE|4096|-|-|-|-|\n"},
+      {kPrograms + "== command 1 /usr/lpp/mmfs/bin/mmlsfs all -Y\n" + kRemote, 4,
+       "far|-|-|4096|-|-|-|-|\n"},
   };
   for (const auto& c : kCases) {
     const RecordedHost host(kPump1 + c.host);

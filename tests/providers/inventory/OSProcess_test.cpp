@@ -50,7 +50,18 @@ pageSize=65536
             "3|-|-|-|-|-|-|-|-|-|-|-|\n"
             "5|-|-|-|-|-|-|-|-|-|-|-|\n");
   EXPECT_EQ(test::RecordedHost("== identity\nnodeName=pump1\n").list(kClass),
-            "! Failed to open /proc: No such file or directory");
+            "! Failed to read /proc: No such file or directory");
+  EXPECT_EQ(test::RecordedHost("== identity\nnodeName=pump1\n== folder /proc/self\n").list(kClass),
+            "! Failed to read /proc: no process is listed");
+}
+
+// Any user can make it a gigabyte.
+TEST(OSProcess, OfACommandLineTheBeginningIsRead) {
+  const test::RecordedHost host(test::kPump1 +
+                                "== file /proc/7/stat\n7 (tap) S\n== file /proc/7/status\n"
+                                "== file /proc/7/cmdline\nwater\n");
+  std::filesystem::resize_file(host.root() / "proc/7/cmdline", std::uintmax_t{3} << 30);
+  EXPECT_EQ(test::columns(host.list(kClass), {"CommandLine"}), "water|\n");
 }
 
 }  // namespace

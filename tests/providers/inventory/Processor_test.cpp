@@ -69,7 +69,7 @@ TEST(Processor, OtherPlatforms) {
                          "MaxClockSpeed", "L2CacheSize", "Characteristics"}),
               c.expected)
         << c.machine;
-  EXPECT_EQ(columnsOf(kClass, "", {}), "! Failed to open /proc/cpuinfo: No such file or directory");
+  EXPECT_EQ(columnsOf(kClass, "", {}), "! Failed to read /proc/cpuinfo: No such file or directory");
 }
 
 }  // namespace

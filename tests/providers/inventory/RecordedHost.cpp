@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -115,6 +116,23 @@ void setIdentity(HostIdentity& identity, const std::string& line) {
 
 }  // namespace
 
+static RecordedCommand recordedCommand(const std::string& end,
+                                       const std::vector<std::string>& lines) {
+  constexpr std::string_view kError = "2> ";
+  RecordedCommand command;
+  if (end == "late")
+    command.end = CommandResult::End::kTimedOut;
+  else if (end == "killed")
+    command.end = CommandResult::End::kSignalled;
+  command.status = end == "late" ? 0 : end == "killed" ? SIGKILL : std::stoi(end);
+  for (const std::string& line : lines)
+    if (line.starts_with(kError))
+      command.lastError = line.substr(kError.size());
+    else
+      command.output += line + '\n';
+  return command;
+}
+
 RecordedHost::RecordedHost(std::string_view text) {
   std::map<std::string, RecordedCommand> commands;
   std::set<std::string> silent;
@@ -147,7 +165,7 @@ RecordedHost::RecordedHost(std::string_view text) {
     } else if (kind == "mode") {
       fs::permissions(root().string() + rest, fs::perms(std::stoi(first, nullptr, 8)));
     } else if (kind == "command") {
-      commands[rest] = {content, std::stoi(first)};
+      commands[rest] = recordedCommand(first, body);
     } else if (kind == "addresses" || kind == "drivers") {
       if (m_network == nullptr) m_network = std::make_unique<Network>();
       for (const std::string& entry : body)

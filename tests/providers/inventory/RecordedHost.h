@@ -29,7 +29,8 @@ namespace brv::test {
 ///     == link PATH TARGET
 ///     == folder PATH
 ///     == mode OCTAL PATH            of a file from before
-///     == command STATUS ARGUMENTS   the lines of its output; separated by blanks
+///     == command STATUS ARGUMENTS   the lines of its output, those of its standard error behind
+///                                   "2> "; a status may be "late" or "killed"
 ///     == addresses                  lines "index address/prefix [up] [loopback]"
 ///     == drivers                    lines "interface member value", the members of InterfaceDriver
 ///     == names                      lines "canonical|address|user ASKED ANSWER"
