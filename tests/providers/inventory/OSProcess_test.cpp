@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
+
 #include "Columns.h"
 
 namespace brv {
