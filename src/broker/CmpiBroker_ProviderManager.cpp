@@ -231,7 +231,7 @@ void CmpiBroker_ProviderManager::enumInstancesInt(const CIMRequest& request, Lis
   BRV_TRACE(kWarning, "ProviderManager: Enumerate instances of %s\n", className);
   CmpiBroker_Request brokerRequest(request);
   List<CIMObject> objects;
-  ask(brokerRequest, brokerRequest.objectPath().getClassName(), request.hasContinueOnError() != 0,
+  ask(brokerRequest, request.getClassname(), request.hasContinueOnError() != 0,
       &CmpiBroker_Provider::enumInstances, objects);
   BRV_TRACE(kWarning, "ProviderManager: Enumerated %zu instance(s) of %s\n", objects.size(),
             className);
@@ -258,7 +258,7 @@ void CmpiBroker_ProviderManager::invokeMethodInt(const CIMRequest& request, List
   BRV_TRACE(kWarning, "ProviderManager: Invoke method %s of %s\n", method, className);
   CmpiBroker_Request brokerRequest(request);
   List<CIMObject> objects;
-  ask(brokerRequest, brokerRequest.objectPath().getClassName(), request.hasContinueOnError() != 0,
+  ask(brokerRequest, request.getClassname(), request.hasContinueOnError() != 0,
       &CmpiBroker_Provider::invokeMethod, objects);
   BRV_TRACE(kWarning, "Got %zu result values from method %s of %s\n", objects.size(), method,
             className);

@@ -356,6 +356,7 @@ TEST_F(ManagerTest, TheClientOfTheCimServerIsKeptAndLocked) {
 
 // The host inventory: every class has an instance named after it, but for those left out.
 std::string g_leftOut;
+std::string g_broken;
 
 class Inventory : public CmpiInstanceMI {
  public:
@@ -366,6 +367,7 @@ class Inventory : public CmpiInstanceMI {
     const std::string className = textOf(path.getClassName());
     if (className == g_leftOut) return CmpiStatus(CMPI_RC_OK);
     answer(result, "Name", className.substr(9));
+    if (className == g_broken) return CmpiStatus(CMPI_RC_ERR_FAILED, "part of it");
     if (className.ends_with("ComputerSystem")) answer(result, "Name", "second");
     return CmpiStatus(CMPI_RC_OK);
   }
@@ -391,6 +393,7 @@ TEST(ManagerInventory, TheWalkCollectsTheComputerSystem) {
     const char* leftOut;
     std::int64_t options;
     std::string expected;  // root, its members, and below the first of them the host
+    const char* broken = "";
   } kCases[] = {
       {"", 0, kAll},
       {"", CIMRequest::kSoftwarePatches | CIMRequest::kSoftwarePackages,
@@ -401,10 +404,17 @@ TEST(ManagerInventory, TheWalkCollectsTheComputerSystem) {
       {"BRV_OLMODVirtualComputerSystem", 0, "!Failed to enumerate BRV_OLMODVirtualComputerSystem"},
       {"BRV_OLMODHostComputerSystem", CIMRequest::kContinueOnError,
        "!Failed to enumerate BRV_OLMODHostComputerSystem"},
+      {"", 0, "!part of it", "BRV_OLMODFileSystem"},
+      {"", CIMRequest::kContinueOnError,
+       "ComputerSystem: VirtualComputerSystem(HostComputerSystem) OperatingSystem Processor "
+       "NetworkPort",
+       "BRV_OLMODFileSystem"},
+      {"", CIMRequest::kContinueOnError, "!part of it", "BRV_OLMODVirtualComputerSystem"},
   };
   CmpiBroker_ProviderManager manager(table);
   for (const auto& c : kCases) {
     g_leftOut = c.leftOut;
+    g_broken = c.broken;
     std::string text;
     try {
       const auto root = manager.getOLMODComputerSystem(c.options);

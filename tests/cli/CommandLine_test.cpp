@@ -132,6 +132,7 @@ TEST(CommandLine, ARequestReachesItsClassInItsNamespace) {
   const Text any = testing::_;
   expectAll({
       {"-e -c Nope", 1, "", noProvider("Nope")},
+      {"-e -c  -T 1", 1, "", noProvider("")},
       {"-enumi -class brv_provider", 1, "", noProvider("brv_provider")},
       {"-e -c BRV_Provider -n root/x", 1, "", noProvider("BRV_Provider", "root/x")},
       {"-e -namespace x -class BRV_Provider", 1, "", noProvider("BRV_Provider", "root/x")},
