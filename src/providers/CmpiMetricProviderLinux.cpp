@@ -2,6 +2,7 @@
 #include "providers/CmpiMetricProviderLinux.h"
 
 #include <bitset>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "providers/CmpiMetricValue.h"
 #include "providers/CmpiProviderUtil.h"
 #include "providers/HostMemory.h"
+#include "providers/MetricDefinitions.h"
 #include "providers/ObjectFilters.h"
 #include "providers/readers/DiskStats.h"
 #include "providers/readers/LoadAverage.h"
@@ -85,10 +87,13 @@ constexpr Figure<CpuTimes> kProcessorFigures[] = {
 
 constexpr Figure<ProcStat> kKernelFigures[] = {
     {OS_ContextSwitchCounter,
-     [](const ProcStat& stat) -> CmpiData { return stat.contextSwitches; }},
-    {OS_InterruptCounter, [](const ProcStat& stat) -> CmpiData { return stat.interrupts; }},
+     [](const ProcStat& stat) { return optionalData(stat.contextSwitches); }},
+    {OS_InterruptCounter, [](const ProcStat& stat) { return optionalData(stat.interrupts); }},
     // One of the lines is that of all processors together.
-    {OS_CPUCount, [](const ProcStat& stat) -> CmpiData { return stat.cpuLines - 1; }},
+    {OS_CPUCount,
+     [](const ProcStat& stat) {
+       return stat.cpuLines < 2 ? CmpiData() : CmpiData(std::uint64_t{stat.cpuLines - 1});
+     }},
 };
 
 constexpr Figure<LoadAverage> kLoadFigures[] = {
@@ -169,7 +174,11 @@ class Values {
   void add(const Figure<Source> (&figures)[Count], const Source& source, const char* element) {
     for (const Figure<Source>& figure : figures) {
       const CmpiData value = figure.value(source);
-      if (value.isNullValue()) continue;
+      if (value.isNullValue()) {
+        BRV_TRACE(kWarning, "%s of %s is not known\n", findMetricDefinition(figure.id)->name,
+                  element);
+        continue;
+      }
       m_out.add(CmpiMetricValue(m_path, figure.id, value, CmpiDateTime(), element).instance());
     }
   }
@@ -181,6 +190,18 @@ class Values {
 
 CmpiStatus failed(std::string message) {
   return CmpiStatus(CMPI_RC_ERR_FAILED, std::move(message));
+}
+
+// A collector has no figures, and nobody needs to be told why: the host has no such thing, or who
+// read for the collector has told already.
+class NoFigures : public CmpiStatus {
+ public:
+  explicit NoFigures(const CmpiStatus& status) : CmpiStatus(status) {}
+};
+
+[[noreturn]] void throwNoFigures(const CmpiStatus& status,
+                                 const trace::Place& place = trace::Place::current()) {
+  throw NoFigures(traceCmpiStatus(status, trace::kDetail, place));
 }
 
 }  // namespace
@@ -236,15 +257,20 @@ void CmpiMetricProviderLinux::enumMValueInstances(const CmpiContext& context, Cm
   bool anySucceeded = false;
   std::optional<CmpiStatus> lastFailure;
   const auto run = [&](const auto& collector) {
+    constexpr const char* kLost = "Failed to get metric data: %s\n";
     const std::size_t before = out.size();
     try {
       collector();
       anySucceeded = true;
+      return;
+    } catch (const NoFigures& status) {
+      BRV_TRACE(kWarning, kLost, status.what());
+      lastFailure = status;
     } catch (const CmpiStatus& status) {
-      BRV_TRACE(kWarning, "Failed to get metric data: %s\n", status.what());
-      out.truncate(before);
+      BRV_TRACE(kError, kLost, status.what());
       lastFailure = status;
     }
+    out.truncate(before);
   };
   for (const auto collector : kCollectors) run([&] { (this->*collector)(out); });
   run([&] { getFsStat(context, out); });
@@ -258,7 +284,8 @@ void CmpiMetricProviderLinux::enumProvCapInstances(const CmpiContext&, CmpiList&
 }
 
 std::string_view CmpiMetricProviderLinux::readFirst(std::span<const char* const> paths,
-                                                    const char* name, const char*& path) {
+                                                    const char* name, Presence presence,
+                                                    const char*& path) {
   int firstError = 0;
   for (const char* candidate : paths) {
     const int error = m_files.read(candidate, m_buffer);
@@ -266,34 +293,37 @@ std::string_view CmpiMetricProviderLinux::readFirst(std::span<const char* const>
     if (error == 0) return m_buffer.view();
     if (firstError == 0) firstError = error;
   }
-  throwCmpiStatus(failed(std::string("Failed to open ") + name + ": " + std::strerror(firstError)));
+  const CmpiStatus status =
+      failed(std::string("Failed to open ") + name + ": " + std::strerror(firstError));
+  if (presence == Presence::kOptional && firstError == ENOENT) throwNoFigures(status);
+  throwCmpiStatus(status);
 }
 
-std::string_view CmpiMetricProviderLinux::readFile(const char* path) {
+std::string_view CmpiMetricProviderLinux::readFile(const char* path, Presence presence) {
   const char* opened = nullptr;
-  return readFirst({&path, 1}, path, opened);
+  return readFirst({&path, 1}, path, presence, opened);
 }
 
 void CmpiMetricProviderLinux::getStatData(CmpiList& out) {
   constexpr const char* kPath = "/proc/stat";
   OddLines odd;
-  const ProcStat stat = readProcStat(readFile(kPath), odd);
+  const ProcStat stat = readProcStat(readFile(kPath, Presence::kAlways), odd);
   traceOddLines(kPath, odd);
   if (stat.totalTooShort) BRV_TRACE(kError, "CPU Wait and IRQ times not available\n");
   if (stat.total && !stat.total->steal) BRV_TRACE(kError, "CPU Steal is time not available\n");
-  if (stat.cpuLines < 2 || stat.contextSwitches == 0 || stat.interrupts == 0)
-    throwCmpiStatus(failed("Failed to read data from /proc/stat"));
   Values values(out);
+  const std::size_t before = out.size();
   if (stat.total) values.add(kTotalFigures, *stat.total, kOperatingSystem);
   for (const ProcStat::Processor& processor : stat.processors)
     values.add(kProcessorFigures, processor.times, std::to_string(processor.number).c_str());
   values.add(kKernelFigures, stat, kOperatingSystem);
+  if (out.size() == before) throwCmpiStatus(failed("Failed to read data from /proc/stat"));
 }
 
 void CmpiMetricProviderLinux::getLoadAverage(CmpiList& out) {
   constexpr const char* kPath = "/proc/loadavg";
   OddLines odd;
-  const std::optional<LoadAverage> load = readLoadAverage(readFile(kPath), odd);
+  const std::optional<LoadAverage> load = readLoadAverage(readFile(kPath, Presence::kAlways), odd);
   traceOddLines(kPath, odd);
   if (!load) throwCmpiStatus(failed("Failed to read data from /proc/loadavg"));
   Values(out).add(kLoadFigures, *load, kOperatingSystem);
@@ -302,14 +332,14 @@ void CmpiMetricProviderLinux::getLoadAverage(CmpiList& out) {
 void CmpiMetricProviderLinux::getMemInfo(CmpiList& out) {
   MemInfo memory{};
   if (!brv::getMemInfo(&memory, m_files))
-    throwCmpiStatus(failed("Failed to read memory statistics"));
+    throwNoFigures(failed("Failed to read memory statistics"));
   Values(out).add(kMemoryFigures, memory, kOperatingSystem);
 }
 
 void CmpiMetricProviderLinux::getVMStat(CmpiList& out) {
   constexpr const char* kPath = "/proc/vmstat";
   OddLines odd;
-  const VmStat stat = readVmStat(readFile(kPath), odd);
+  const VmStat stat = readVmStat(readFile(kPath, Presence::kOptional), odd);
   traceOddLines(kPath, odd);
   if (!stat.swappedIn && !stat.swappedOut)
     throwCmpiStatus(failed("Failed to read data from /proc/vmstat"));
@@ -319,7 +349,7 @@ void CmpiMetricProviderLinux::getVMStat(CmpiList& out) {
 void CmpiMetricProviderLinux::getDiskStat(CmpiList& out) {
   constexpr const char* kPath = "/proc/diskstats";
   OddLines odd;
-  const std::vector<DiskStats> disks = readDiskStats(readFile(kPath), odd);
+  const std::vector<DiskStats> disks = readDiskStats(readFile(kPath, Presence::kOptional), odd);
   traceOddLines(kPath, odd);
   Values values(out);
   const std::size_t before = out.size();
@@ -331,17 +361,25 @@ void CmpiMetricProviderLinux::getDiskStat(CmpiList& out) {
     if (SkipFileSystem(device.c_str(), nullptr, nullptr) != 0) continue;
     values.add(kDiskFigures, disk, device.c_str() + kFolder.size());
   }
-  if (out.size() == before) throwCmpiStatus(failed("Failed to read data from /proc/diskstats"));
+  if (out.size() != before) return;
+  const CmpiStatus status = failed("Failed to read data from /proc/diskstats");
+  if (disks.empty() && !odd.empty()) throwCmpiStatus(status);
+  throwNoFigures(status);
 }
 
 void CmpiMetricProviderLinux::getNetDevStat(CmpiList& out) {
   constexpr const char* kName = "/proc/net/dev";
   const char* path = nullptr;
   OddLines odd;
-  const std::string_view text = readFirst(m_files.networkDevices(), kName, path);
+  const std::string_view text =
+      readFirst(m_files.networkDevices(), kName, Presence::kOptional, path);
   const std::vector<NetDev> interfaces = readNetDev(text, odd);
   traceOddLines(path, odd);
-  if (interfaces.empty()) throwCmpiStatus(failed("Failed to read data from /proc/net/dev"));
+  if (interfaces.empty()) {
+    const CmpiStatus status = failed("Failed to read data from /proc/net/dev");
+    if (odd.empty()) throwNoFigures(status);
+    throwCmpiStatus(status);
+  }
   Values values(out);
   std::string name;
   for (const NetDev& interface : interfaces) {

@@ -28,11 +28,15 @@ class CmpiMetricProviderLinux : public CmpiMetricProvider {
 
  protected:
   void enumMDefInstances(const CmpiContext& context, CmpiList& out) override;
-  /// A collector that fails contributes nothing; the enumeration fails when all of them do.
+  /// A collector that fails contributes nothing; the enumeration fails when all of them do. The
+  /// cause is traced at level 1, at level 2 where the host has nothing for the collector.
   void enumMValueInstances(const CmpiContext& context, CmpiList& out) override;
   void enumProvCapInstances(const CmpiContext& context, CmpiList& out) override;
 
  private:
+  /// Whether every host has a file, or kernels are built without.
+  enum class Presence { kAlways, kOptional };
+
   // The collectors, each for the figures of one file. Each throws CmpiStatus when the file cannot
   // be read or holds nothing of use.
   void getStatData(CmpiList& out);
@@ -44,11 +48,11 @@ class CmpiMetricProviderLinux : public CmpiMetricProvider {
   void getFsStat(const CmpiContext& context, CmpiList& out);
 
   /// The text of the file, valid until the next call.
-  std::string_view readFile(const char* path);
+  std::string_view readFile(const char* path, Presence presence);
   /// That of the first that can be opened, whose path is put into `path`. Messages call them
   /// `name`.
   std::string_view readFirst(std::span<const char* const> paths, const char* name,
-                             const char*& path);
+                             Presence presence, const char*& path);
 
   const HostFiles& m_files;
   BoundedCalls& m_calls;

@@ -24,6 +24,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using Lines = std::vector<std::string>;
 
 // A host in a folder whose file systems answer as the test says: the root's type is one that has to
@@ -114,46 +115,97 @@ class LinuxHost : public testing::Test, public BoundedCalls {
 };
 
 TEST_F(LinuxHost, ACollectorThatFailsContributesNothing) {
+  // Whether the failure is one of the host, which is told at level 1, or the host has no such
+  // thing.
+  constexpr bool kFault = true;
+  constexpr const char* kMissing = nullptr;
   struct Case {
     const char* file;
     const char* content;
     const char* prefix;   // of figures that are missing
     std::size_t missing;  // how many figures are missing in all
+    bool fault;
+    const char* failure;
   };
   const Case kCases[] = {
-      {"stat", "", "Proc.", 14},
-      {"stat", "cpu  1 2 3 4 5 6 7 8\nctxt 1\nintr 1\n", "OS.UserTime", 14},
-      {"stat", "cpu  1 2 3 4 5 6 7 8\ncpu0 1 2 3 4 5 6 7 8\nctxt 1\nintr 0\n", "Proc.", 14},
-      {"loadavg", "0.1 x 0.2", "OS.Load", 3},
-      {"meminfo", "MemTotal: 1 kB\n", "OS.Free", 6},
-      {"vmstat", "pgpgin 1\n", "OS.Pages", 2},
-      {"diskstats", "1 0 ram0 0 0 0 0 0 0 0 0 0 0 0\n", "Disk.", 10},
-      {"net/dev", "h|h\n", "Net.", 7},
+      {"stat", "", "Proc.", 14, kFault, "Failed to read data from /proc/stat"},
+      {"stat", "intr 0\nctxt x\n", "OS.UserTime", 14, kFault,
+       "Failed to read data from /proc/stat"},
+      {"stat", kMissing, "Proc.", 14, kFault,
+       "Failed to open /proc/stat: No such file or directory"},
+      {"loadavg", "0.1 x 0.2", "OS.Load", 3, kFault, "Failed to read data from /proc/loadavg"},
+      {"loadavg", kMissing, "OS.Load", 3, kFault,
+       "Failed to open /proc/loadavg: No such file or directory"},
+      {"vmstat", "pgpgin 1\n", "OS.Pages", 2, kFault, "Failed to read data from /proc/vmstat"},
+      {"vmstat", kMissing, "OS.Pages", 2, !kFault,
+       "Failed to open /proc/vmstat: No such file or directory"},
+      {"diskstats", "1 0 ram0 0 0 0 0 0 0 0 0 0 0 0\n", "Disk.", 10, !kFault,
+       "Failed to read data from /proc/diskstats"},
+      {"diskstats", "8 0 sda five 1 2 30 6 1 1 40 0 50 60\n", "Disk.", 10, kFault,
+       "Failed to read data from /proc/diskstats"},
+      {"diskstats", kMissing, "Disk.", 10, !kFault,
+       "Failed to open /proc/diskstats: No such file or directory"},
+      {"net/dev", "h|h\n", "Net.", 7, !kFault, "Failed to read data from /proc/net/dev"},
+      {"net/dev", "h|h\neth0:1 2\n", "Net.", 7, kFault, "Failed to read data from /proc/net/dev"},
+      {"net/dev", kMissing, "Net.", 7, !kFault,
+       "Failed to open /proc/net/dev: No such file or directory"},
+      {"mounts", kMissing, "FS.", 2, kFault, "Failed to open /etc/mtab: No such file or directory"},
   };
   const std::size_t all = values().size();
   EXPECT_EQ(all, 14U + 3 + 6 + 2 + 10 + 7 + 2);
   for (const Case& expected : kCases) {
-    SCOPED_TRACE(expected.content);
+    SCOPED_TRACE(std::string(expected.file) + ": " + expected.failure);
     const std::string name = expected.file;
-    const std::string path = (name == "net/dev" ? "proc/1/" : "proc/") + name;
+    const bool ofProcess = name == "net/dev" || name == "mounts";
+    const std::string path = (ofProcess ? "proc/1/" : "proc/") + name;
     const std::string before = test::readFile(m_folder.path() / path);
-    write(path.c_str(), expected.content);
+    if (expected.content == kMissing)
+      std::filesystem::remove(m_folder.path() / path);
+    else
+      write(path.c_str(), expected.content);
     test::CapturedTrace trace(trace::kDetail);
     EXPECT_EQ(values().size(), all - expected.missing);
-    EXPECT_THAT(values(expected.prefix), ElementsAre());
     const std::string text = trace.take();
-    EXPECT_THAT(text, HasSubstr("Failed to read data from /proc/" + name));
-    const std::string failure = name == "meminfo" ? "Failed to read memory statistics"
-                                                  : "Failed to read data from /proc/" + name;
+    EXPECT_THAT(values(expected.prefix), ElementsAre());
+    const std::string failure = expected.failure;
     EXPECT_THAT(text, HasSubstr(failure + " [CmpiMetricProviderLinux "));
     EXPECT_THAT(text, testing::ContainsRegex(
-                          "\nW [A-Za-z]+:[0-9]+ Failed to get metric data: " + failure + '\n'));
+                          std::string(expected.fault ? "\nE" : "\nW") +
+                          " [A-Za-z]+:[0-9]+ Failed to get metric data: " + failure + '\n'));
     write(path.c_str(), before);
   }
   std::filesystem::remove_all(m_folder.path() / "proc");
   test::CapturedTrace trace(trace::kError);
   EXPECT_THROW(values(), CmpiBroker_Exception);
   EXPECT_THAT(trace.take(), HasSubstr("Failed to get metrics data: Failed to open /etc/mtab"));
+}
+
+// Its reader tells the cause; one line is enough.
+TEST_F(LinuxHost, MemoryThatCannotBeReadIsToldOnce) {
+  write("proc/meminfo", "MemTotal: 1 kB\n");
+  test::CapturedTrace trace(trace::kError);
+  EXPECT_THAT(values("OS.Free"), ElementsAre());
+  EXPECT_THAT(trace.take(),
+              testing::MatchesRegex("E [A-Za-z]+:[0-9]+ Failed to read data from /proc/meminfo\n"));
+}
+
+// A sandbox may not count interrupts, or not tell one processor from the other.
+TEST_F(LinuxHost, WhatTheKernelDoesNotCountCostsItsOwnFigures) {
+  const std::string total = "cpu  1 2 3 4 5 6 7 8\n";
+  const std::string processor = "cpu0 1 2 3 4 5 6 7 8\n";
+  for (const auto& [content, missing] :
+       {std::pair{total + processor + "intr 0\nctxt 5\n", "OS.InterruptCounter of OperatingSystem"},
+        {total + processor + "intr 5\nctxt 0\n", "OS.ContextSwitchCounter of OperatingSystem"},
+        {total + "intr 5\nctxt 5\n", "OS.CPUCount of OperatingSystem"}}) {
+    write("proc/stat", content);
+    test::CapturedTrace trace(trace::kWarning);
+    const Lines found = values("OS.");
+    const std::string text = trace.take();
+    EXPECT_THAT(text, HasSubstr(std::string(missing) + " is not known\n"));
+    EXPECT_THAT(text, Not(HasSubstr("E Cmpi")));
+    EXPECT_THAT(found, testing::Contains("OS.UserTime OperatingSystem = 30"));
+    EXPECT_EQ(found.size(), 6U + 3 + 3 + 6 + 2 - 1);
+  }
 }
 
 TEST_F(LinuxHost, MissingProcessorColumnsAreTraced) {
