@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "providers/CmpiList.h"
 #include "providers/inventory/InventoryHost.h"
 #include "providers/inventory/readers/OsRelease.h"
+#include "runtime/TimeBudget.h"
 
 namespace brv {
 
@@ -78,8 +80,11 @@ class CmpiOLMODDataProvider : public CmpiBaseProvider {
   bool loadHostName() const;
   const std::string& getHostname() const { return m_host.identity.nodeName; }
   /// The host's name with its domain, empty when there is no answer. The first call waits for the
-  /// name service, 3 s at most.
+  /// name service, which has 3 s for all names of the host and its addresses together.
   const std::string& getFQDName();
+  /// Reads the addresses of the host and asks for their names and its own in one call. To be called
+  /// before setters of both; nothing the second time.
+  void loadNetwork();
   const char* getOSName() const { return "LINUX"; }
   /// Read at the first call.
   const OsRelease& distribution();
@@ -91,13 +96,17 @@ class CmpiOLMODDataProvider : public CmpiBaseProvider {
   CmpiInstance create(const char* className) const;
   /// NULL when it is not known.
   void setHostName(CmpiInstance& instance, const char* property) const;
-  std::string askFQDName() const;
   /// In the order in which they are reported; empty after a failure.
   std::vector<InterfaceAddress> activeAddresses() const;
-  std::vector<std::string> askAddressNames(const std::vector<InterfaceAddress>& addresses) const;
+  /// The names of the addresses, empty where there is none, and m_fqdName unless that is known. Not
+  /// one name for each address where nobody can be asked.
+  std::vector<std::string> askNames(const std::vector<std::string>& addresses);
 
   const InventoryHost m_host;
+  TimeBudget m_nameTime{std::chrono::seconds(3)};
   std::optional<std::string> m_fqdName;
+  std::optional<std::vector<std::string>> m_addresses;
+  std::vector<std::string> m_addressNames;  // of these, in their order
   std::optional<OsRelease> m_distribution;
 };
 

@@ -101,6 +101,7 @@ void CmpiOLMODDataProviderLinux::enumComputerSystem(CmpiResult& result) {
                       std::optional(static_cast<std::uint32_t>(cpus.size())));
   properties.number("TotalPhysicalMemory", totalMemory(files()));
   setVirtualization(properties, host().detector());
+  loadNetwork();
   getFQDName(instance);
   properties.number("NumberOfProcessors", counts.packages);
   properties.number("NumberOfCores", counts.cores);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the name service and the network say of the host, for the base of the inventory providers.
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <set>
 #include <string>
@@ -14,27 +13,43 @@
 
 namespace brv {
 
-namespace {
-
-// For all names that are asked together.
-constexpr std::chrono::seconds kNameLimit{3};
-
-}  // namespace
-
 const std::string& CmpiOLMODDataProvider::getFQDName() {
-  if (!m_fqdName) m_fqdName = askFQDName();
+  if (!m_fqdName) askNames({});
   return *m_fqdName;
 }
 
-std::string CmpiOLMODDataProvider::askFQDName() const {
-  if (m_host.names == nullptr || getHostname().empty()) return {};
-  const BoundedItem item{getHostname()};
-  auto answers = m_host.calls.ask(
-      {&item, 1}, [this](std::size_t) { return m_host.names->canonicalName(getHostname()); },
-      kNameLimit, {});
-  if (answers[0] && !answers[0]->empty()) return *std::move(answers[0]);
-  BRV_TRACE(kError, "Failed to retrieve FQDN: %s\n", answers[0] ? "unknown host" : "no answer");
-  return {};
+// All that is not known yet, in one call.
+std::vector<std::string> CmpiOLMODDataProvider::askNames(
+    const std::vector<std::string>& addresses) {
+  const bool asksHost = !m_fqdName && m_host.names != nullptr && !getHostname().empty();
+  if (!m_fqdName) m_fqdName.emplace();
+  if (m_host.names == nullptr) return {};
+  std::vector<BoundedItem> items;
+  items.reserve(addresses.size() + 1);
+  for (const std::string& address : addresses) items.push_back({address});
+  if (asksHost) items.push_back({getHostname()});
+  BoundedCalls::Answers answers(items.size());
+  if (!m_nameTime.isSpent()) {
+    const TimeBudget::Spending spending(m_nameTime);
+    answers = m_host.calls.ask(items,
+                               [&](std::size_t item) {
+                                 return item < addresses.size()
+                                            ? m_host.names->addressName(addresses[item])
+                                            : m_host.names->canonicalName(getHostname());
+                               },
+                               m_nameTime.left(), {});
+  }
+  if (asksHost) {
+    if (!answers.back() || answers.back()->empty())
+      BRV_TRACE(kError, "Failed to retrieve FQDN: %s\n",
+                answers.back() ? "unknown host" : "no answer");
+    m_fqdName = std::move(answers.back()).value_or("");
+    answers.pop_back();
+  }
+  std::vector<std::string> names;
+  names.reserve(answers.size());
+  for (auto& answer : answers) names.push_back(std::move(answer).value_or(""));
+  return names;
 }
 
 int CmpiOLMODDataProvider::getFQDName(CmpiInstance& instance) {
@@ -67,30 +82,21 @@ std::vector<InterfaceAddress> CmpiOLMODDataProvider::activeAddresses() const {
   return addresses;
 }
 
-std::vector<std::string> CmpiOLMODDataProvider::askAddressNames(
-    const std::vector<InterfaceAddress>& addresses) const {
-  std::vector<BoundedItem> items;
-  items.reserve(addresses.size());
-  for (const InterfaceAddress& address : addresses) items.push_back({address.text});
-  auto answers = m_host.calls.ask(
-      items, [&](std::size_t item) { return m_host.names->addressName(addresses[item].text); },
-      kNameLimit, {});
-  std::vector<std::string> names;
-  names.reserve(answers.size());
-  for (auto& answer : answers) names.push_back(std::move(answer).value_or(""));
-  return names;
+void CmpiOLMODDataProvider::loadNetwork() {
+  if (m_addresses) return;
+  m_addresses.emplace();
+  for (InterfaceAddress& address : activeAddresses())
+    m_addresses->push_back(std::move(address.text));
+  m_addressNames = askNames(*m_addresses);
 }
 
 int CmpiOLMODDataProvider::getAllActiveIPsAndHostnames(CmpiInstance& instance) {
-  const std::vector<InterfaceAddress> addresses = activeAddresses();
-  if (addresses.empty()) return 1;
+  loadNetwork();
+  if (m_addresses->empty()) return 1;
   PropertyWriter properties(PropertyWriter::Absent::kLeftOut);
   properties.begin(instance);
-  std::vector<std::string> texts;
-  texts.reserve(addresses.size());
-  for (const InterfaceAddress& address : addresses) texts.push_back(address.text);
-  properties.texts("IPAddresses", texts);
-  if (m_host.names != nullptr) properties.texts("HostNames", askAddressNames(addresses));
+  properties.texts("IPAddresses", *m_addresses);
+  if (m_host.names != nullptr) properties.texts("HostNames", m_addressNames);
   return 1;
 }
 

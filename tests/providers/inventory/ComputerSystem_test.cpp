@@ -68,12 +68,19 @@ address 192.0.2.9 pump1.acme.example
   const RecordedHost host(network);
   EXPECT_EQ(columns(host.list(kClass), names),
             "pump1.acme.example" + addresses + "pump1.acme.example;;|\n");
-  EXPECT_EQ(host.calls().calls, 2);  // all addresses are asked about together
+  EXPECT_EQ(host.calls().calls, 1);  // the host and all addresses are asked about together
 
-  const RecordedHost silent(network + "== silent\npump1\n192.0.2.9\n");
-  CapturedTrace trace(trace::kError);
-  EXPECT_EQ(columns(silent.list(kClass), names), "?" + addresses + ";;|\n");
-  EXPECT_NE(trace.take().find("Failed to retrieve FQDN: no answer\n"), std::string::npos);
+  const std::string named = "pump1.acme.example";
+  for (const auto& [quiet, expected, told] :
+       {std::tuple{"pump1\n192.0.2.9\n", "?" + addresses + ";;|\n", true},
+        {"pump1\n", "?" + addresses + named + ";;|\n", true},
+        {"192.0.2.9\n", named + addresses + ";;|\n", false}}) {
+    const RecordedHost silent(network + "== silent\n" + quiet);
+    CapturedTrace trace(trace::kError);
+    EXPECT_EQ(columns(silent.list(kClass), names), expected);
+    const std::string traced = trace.take();
+    EXPECT_EQ(traced.find("Failed to retrieve FQDN: no answer\n") != std::string::npos, told);
+  }
 }
 
 }  // namespace
