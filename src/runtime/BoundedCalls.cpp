@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <deque>
@@ -56,7 +57,7 @@ class ItemLocks {
     if (folder.empty()) return;
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
       BRV_TRACE_ERRNO(kDetail, errno, "Failed to make %s", folder.c_str());
-    m_folder = Descriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    m_folder = openOwn(folder.c_str());
     rlimit descriptors{};
     ::getrlimit(RLIMIT_NOFILE, &descriptors);
     m_end = descriptors.rlim_cur - std::min(descriptors.rlim_cur / 2, kSpareDescriptors);
@@ -115,6 +116,17 @@ class ItemLocks {
   void closeAll() { m_held.clear(); }
 
  private:
+  // Nothing, unless the folder is ours alone: others could hold its locks and have nothing asked.
+  // It may be a link: that is what the manager of services makes of some of its folders.
+  static Descriptor openOwn(const char* path) {
+    Descriptor folder(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct stat status {};
+    if (folder.get() < 0 || ::fstat(folder.get(), &status) != 0) return Descriptor();
+    if (status.st_uid == ::geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0) return folder;
+    BRV_TRACE(kWarning, "No locks in %s: others may write there\n", path);
+    return Descriptor();
+  }
+
   // 0 or an errno value, EWOULDBLOCK for a lock that another process holds.
   static int acquire(int file) {
     if (::flock(file, LOCK_EX | LOCK_NB) != 0) return errno;
@@ -295,8 +307,18 @@ int askInChild(const std::vector<AskedItem>& items, const BoundedCalls::Function
 }  // namespace
 
 BoundedCalls& BoundedCalls::process() {
-  static ForkedCalls calls(::geteuid() == 0 ? "/run/brvcimb" : "");
+  static ForkedCalls calls(ForkedCalls::lockFolder(
+      ::geteuid(), ::secure_getenv("RUNTIME_DIRECTORY"), ::secure_getenv("XDG_RUNTIME_DIR")));
   return calls;
+}
+
+std::string ForkedCalls::lockFolder(uid_t user, const char* ofService, const char* ofUser) {
+  if (user == 0) return "/run/brvcimb";
+  std::string_view folder = ofService != nullptr ? ofService : "";
+  folder = folder.substr(0, folder.find(':'));
+  if (folder.starts_with('/')) return std::string(folder);
+  folder = ofUser != nullptr ? ofUser : "";
+  return folder.starts_with('/') ? std::string(folder) + "/brvcimb" : "";
 }
 
 BoundedCalls::Answers ForkedCalls::ask(std::span<const BoundedItem> items, const Function& function,

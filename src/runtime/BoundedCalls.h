@@ -2,6 +2,7 @@
 #pragma once
 
 #include <limits.h>
+#include <sys/types.h>
 
 #include <chrono>
 #include <cstddef>
@@ -45,7 +46,7 @@ class BoundedCalls {
   virtual Answers ask(std::span<const BoundedItem> items, const Function& function,
                       std::chrono::milliseconds limit, std::span<const int> descriptors) = 0;
 
-  /// The one that asks in a child, as root with locks in /run/brvcimb.
+  /// The one that asks in a child, with locks in the folder that the caller has for it.
   static BoundedCalls& process();
 };
 
@@ -59,8 +60,8 @@ class BoundedCalls {
 /// `probe-<lock>` in the folder. An item whose lock another process has held for longer than the
 /// limit is not asked and has no answer, so runs every minute on a host with a dead server leave
 /// one stuck process, not hundreds, and still get the answers of its neighbours. A run at the same
-/// time is waited for. What prevents locking (no folder, no descriptors left) prevents nothing
-/// else.
+/// time is waited for. What prevents locking (no folder, one that is not the caller's alone, no
+/// descriptors left) prevents nothing else.
 ///
 /// The child goes on in the state of this process with one thread, as after every fork(2). It
 /// relies on glibc for memory and new threads there, even if this process had other threads. A lock
@@ -69,6 +70,12 @@ class ForkedCalls : public BoundedCalls {
  public:
   /// `lockFolder` is made (mode 0700) if its parent exists; empty: no locks.
   explicit ForkedCalls(std::string lockFolder) : m_lockFolder(std::move(lockFolder)) {}
+
+  /// Where all runs of a user find each other's locks; empty: nowhere. For root that is
+  /// /run/brvcimb, since the folders that a service has end with it and those who are stuck do not.
+  /// Others have the first of the folders of their service (RUNTIME_DIRECTORY, separated by
+  /// colons), or one in theirs of the session (XDG_RUNTIME_DIR). Either may be null.
+  static std::string lockFolder(uid_t user, const char* ofService, const char* ofUser);
 
   Answers ask(std::span<const BoundedItem> items, const Function& function,
               std::chrono::milliseconds limit, std::span<const int> descriptors) override;

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -107,8 +109,19 @@ std::size_t processesLeft() {
   return count;
 }
 
-// `dead` servers and a tmpfs below the first, with live ones after them.
-void checkHost(const std::string& folder, int dead, const char* firstClass) {
+// From here on this process is one of a user who has a folder for his session.
+void becomeUser(uid_t user, const std::string& folder) {
+  const std::string session = folder + "/session";
+  ASSERT_EQ(::mkdir(session.c_str(), 0700), 0);
+  ASSERT_EQ(::chown(session.c_str(), user, user), 0);
+  ::setenv("XDG_RUNTIME_DIR", session.c_str(), 1);
+  ASSERT_EQ(::setresgid(user, user, user), 0);
+  ASSERT_EQ(::setresuid(user, user, user), 0);
+  if (::access(BRVCIMB_PROGRAM, X_OK) != 0) ::_exit(kSkipped);
+}
+
+// `dead` servers and a tmpfs below the first, with live ones after them, as that user sees them.
+void checkHost(const std::string& folder, int dead, const char* firstClass, uid_t user = 0) {
   auto servers = std::make_unique<SilentServers>();
   std::map<std::string, std::string> live;
   std::set<std::string> silent;
@@ -125,6 +138,7 @@ void checkHost(const std::string& folder, int dead, const char* firstClass) {
   ASSERT_EQ(::mount("t", below.c_str(), "tmpfs", 0, nullptr), 0);
   silent.insert(below);
   servers->fallSilent();
+  if (user != 0) becomeUser(user, folder);
 
   const std::string other =
       firstClass == std::string("BRV_MetricValue") ? "BRV_OLMODFileSystem" : "BRV_MetricValue";
@@ -150,6 +164,12 @@ TEST(DeadMounts, OneServerAndWhatIsMountedBelow) {
 
 TEST(DeadMounts, ManyServersCostOneLimit) {
   withOwnMounts([](const std::string& folder) { checkHost(folder, 20, "BRV_MetricValue"); });
+}
+
+TEST(DeadMounts, UsersLeaveOneProcessToo) {
+  constexpr uid_t kNobody = 65'534;
+  withOwnMounts(
+      [](const std::string& folder) { checkHost(folder, 1, "BRV_MetricValue", kNobody); });
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 
 #include "runtime/Descriptor.h"
 #include "runtime/OsUtility.h"
+#include "runtime/Trace.h"
 #include "support/InlineCalls.h"
 #include "support/RunProgram.h"
 
@@ -168,19 +169,79 @@ TEST(BoundedCalls, LocksWhatItAsks) {
   EXPECT_EQ(calls.ask({asked.data(), 2}, held, std::chrono::milliseconds(1200), {}),
             (BoundedCalls::Answers{{}, "held"}));
 
-  // One of an earlier process that is still stuck; alone it starts nothing.
+  // One of an earlier process that is still stuck; alone it starts nothing. The clock may have been
+  // set back since.
   ASSERT_EQ(::flock(stuck.get(), LOCK_EX | LOCK_NB), 0);
-  const timespec longAgo[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-  ASSERT_EQ(::futimens(stuck.get(), longAgo), 0);
-  EXPECT_EQ(calls.ask(asked, held, kLong, {}),
-            (BoundedCalls::Answers{{}, "held", {}, "free", "free"}));
-  const auto start = Clock::now();
-  const auto stay = [](std::size_t) -> std::string { neverReturn(); };
-  EXPECT_EQ(calls.ask({asked.data(), 1}, stay, kLong, {}), BoundedCalls::Answers(1));
-  EXPECT_LT(Clock::now() - start, kLong);
+  for (const time_t moment : {time_t{1'000'000'000}, later.tv_sec + 3'600}) {
+    const timespec longAgo[2] = {{moment, 0}, {moment, 0}};
+    ASSERT_EQ(::futimens(stuck.get(), longAgo), 0);
+    const auto start = Clock::now();
+    EXPECT_EQ(calls.ask(asked, held, kLong, {}),
+              (BoundedCalls::Answers{{}, "held", {}, "free", "free"}));
+    const auto stay = [](std::size_t) -> std::string { neverReturn(); };
+    EXPECT_EQ(calls.ask({asked.data(), 1}, stay, kLong, {}), BoundedCalls::Answers(1));
+    EXPECT_LT(Clock::now() - start, kLong);
+  }
 
   EXPECT_EQ(ForkedCalls("/proc/nowhere/run").ask({asked.data(), 1}, held, kLong, {}),
             BoundedCalls::Answers{"held"});
+}
+
+TEST(BoundedCalls, LocksWhereAllRunsOfTheCallerFindThem) {
+  constexpr struct {
+    uid_t user;
+    const char *ofService, *ofUser, *folder;
+  } kCases[] = {
+      {0, nullptr, nullptr, "/run/brvcimb"},
+      {0, "/run/service", "/run/user/0", "/run/brvcimb"},
+      {7, nullptr, nullptr, ""},
+      {7, "", "", ""},
+      {7, nullptr, "/run/user/7", "/run/user/7/brvcimb"},
+      {7, "/run/service", "/run/user/7", "/run/service"},
+      {7, "/run/first:/run/second", nullptr, "/run/first"},
+      {7, "service", "/run/user/7", "/run/user/7/brvcimb"},
+      {7, nullptr, "user/7", ""},
+  };
+  for (const auto& c : kCases)
+    EXPECT_EQ(ForkedCalls::lockFolder(c.user, c.ofService, c.ofUser), c.folder) << c.folder;
+}
+
+// Who else may write there could hold the locks for ever, and nothing would be asked.
+TEST(BoundedCalls, LocksOnlyInAFolderOfTheCallersOwn) {
+  const test::TemporaryFolder folder;
+  const fs::path locks = folder.path() / "run";
+  fs::create_directory(locks);
+  const fs::path link = folder.path() / "link";
+  fs::create_directory_symlink(locks, link);
+  const BoundedItem item{"item", "8:1"};
+  const auto held = [&](std::size_t) -> std::string {
+    return isHeld((locks / "probe-8:1").string()) ? "held" : "free";
+  };
+  struct Case {
+    fs::perms permissions;
+    uid_t owner;
+    const char* answer;
+  };
+  const uid_t own = ::geteuid();
+  for (const Case& c : {Case{fs::perms(0700), own, "held"},
+                        {fs::perms(0755), own, "held"},
+                        {fs::perms(0770), own, "free"},
+                        {fs::perms(0707), own, "free"},
+                        {fs::perms(0700), 65'534, "free"}}) {
+    if (c.owner != own && own != 0) continue;
+    fs::permissions(locks, c.permissions);
+    ASSERT_EQ(::chown(locks.c_str(), c.owner, static_cast<gid_t>(-1)), 0);
+    for (const fs::path& path : {locks, link}) {
+      testing::internal::CaptureStderr();
+      trace::setLevel(trace::kWarning);
+      EXPECT_EQ(ForkedCalls(path).ask({&item, 1}, held, kLong, {}),
+                BoundedCalls::Answers{c.answer});
+      trace::setLevel(trace::kError);
+      const std::string told = testing::internal::GetCapturedStderr();
+      EXPECT_EQ(told.find("No locks in " + path.string()) != std::string::npos,
+                c.answer == std::string("free"));
+    }
+  }
 }
 
 // More items than descriptors: locks take what the answers can do without.
