@@ -34,11 +34,15 @@ std::string text(milliseconds time) {
                                   : std::to_string(time.count()) + " ms";
 }
 
-/// The time that a whole exchange has, whatever it is made of.
+/// When the time is spent that all exchanges have together, and how much that was.
 struct Deadline {
-  milliseconds limit;
-  Clock::time_point end = Clock::now() + limit;
+  milliseconds whole;
+  Clock::time_point end;
 };
+
+std::string inAll(const Deadline& deadline) {
+  return text(deadline.whole) + " in all";
+}
 
 std::string connectFault(const std::string& path, int error) {
   struct stat file;
@@ -134,8 +138,11 @@ HTTPConnection::Connection::Connection(const std::string& path, const Deadline& 
     ::close(number);
     throw boost::system::system_error(refused);
   }
-  const int error = connectUntil(number, address, std::min(deadline.end, Clock::now() + limit));
-  if (error == EAGAIN) throw CIMClientError("it took no connection within " + text(limit));
+  const auto end = Clock::now() + limit;
+  const int error = connectUntil(number, address, std::min(deadline.end, end));
+  if (error == EAGAIN)
+    throw CIMClientError("it took no connection within " +
+                         (deadline.end < end ? inAll(deadline) : text(limit)));
   if (error != 0) throw CIMClientError(connectFault(path, error));
 }
 
@@ -151,7 +158,7 @@ bool HTTPConnection::Connection::exchange(const std::string& message, HTTPRespon
     asio::async_write(m_socket, asio::buffer(message), std::move(handler));
   });
   if (writeError == asio::error::timed_out)
-    throw CIMClientError("it did not take the request within " + text(deadline.limit));
+    throw CIMClientError("it did not take the request within " + inAll(deadline));
   if (writeError && resend) return false;
   // A server that refuses a request by its head answers and closes: read what it says.
   for (bool complete = false; !complete;) {
@@ -163,7 +170,7 @@ bool HTTPConnection::Connection::exchange(const std::string& message, HTTPRespon
     if (error == asio::error::timed_out)
       throw CIMClientError(
           (reader.started() ? "its answer was not complete within " : "it did not answer within ") +
-          text(deadline.limit));
+          inAll(deadline));
     if (error && !reader.started()) return false;
     if (error == asio::error::eof) {
       reader.finish();
@@ -179,12 +186,15 @@ bool HTTPConnection::Connection::exchange(const std::string& message, HTTPRespon
 }
 
 HTTPConnection::HTTPConnection(std::string socketPath, Limits limits)
-    : m_socketPath(std::move(socketPath)), m_limits(limits) {}
+    : m_socketPath(std::move(socketPath)), m_limits(limits), m_time(limits.whole) {}
 
 HTTPConnection::~HTTPConnection() = default;
 
 void HTTPConnection::exchange(const HTTPCIMRequest& request, const BodySink& sink) {
-  const Deadline deadline{m_limits.exchange};
+  if (m_time.isSpent())
+    throw CIMClientError("it had " + text(m_time.whole()) + " in all, which it has used up");
+  const TimeBudget::Spending spending(m_time);
+  const Deadline deadline{m_time.whole(), spending.end()};
   const std::string message = request.head() + request.body;
   // Owned here meanwhile: whatever is thrown closes it.
   std::unique_ptr<Connection> connection = std::move(m_connection);

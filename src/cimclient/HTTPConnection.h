@@ -10,6 +10,7 @@
 
 #include "cimclient/HTTPCIMRequest.h"
 #include "cimclient/HTTPResponseReader.h"
+#include "runtime/TimeBudget.h"
 
 namespace brv {
 
@@ -19,7 +20,7 @@ class HTTPConnection {
  public:
   struct Limits {
     std::chrono::milliseconds connect{5'000};
-    std::chrono::milliseconds exchange{60'000};       ///< from the first step to the last byte
+    std::chrono::milliseconds whole{60'000};          ///< of all exchanges together
     std::uint64_t response = std::uint64_t{1} << 30;  ///< bytes of the body
   };
   /// Takes the next bytes of the response's body. What it throws ends the exchange.
@@ -36,7 +37,8 @@ class HTTPConnection {
   /// whole answer was read and its trailer reports no error. Throws CIMClientError with what was
   /// wrong: the HTTP dialogue (code 0), or what the trailer said (the server's code). A kept
   /// connection that turns out dead before the first byte of the answer is opened once more. After
-  /// a failure the connection is closed, and the next exchange opens a new one.
+  /// a failure the connection is closed, and the next exchange opens a new one. Once the whole time
+  /// is spent each exchange fails at once.
   void exchange(const HTTPCIMRequest& request, const BodySink& sink);
 
  private:
@@ -44,6 +46,7 @@ class HTTPConnection {
 
   std::string m_socketPath;
   Limits m_limits;
+  TimeBudget m_time;
   std::unique_ptr<Connection> m_connection;  // null: none is open
 };
 
