@@ -2,6 +2,7 @@
 // What a metadata service says: the input is its answers, one behind the other with a 0xFF byte
 // between, the last one again and again.
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 
 #include "Fuzz.h"
@@ -51,7 +52,8 @@ BRV_FUZZ(input) {
       BRV_EXPECT(readAnswer(bytes, 3, limits).body == answer.body);
     return answer;
   };
-  CmpiAmazonDataCollector collector({}, exchange);
+  MetadataService service({}, exchange, std::chrono::hours(1));
+  CmpiAmazonDataCollector collector(service);
   if (!input.empty() && input.front() == '\n')
     collector.readMetrics();
   else

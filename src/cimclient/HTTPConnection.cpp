@@ -29,19 +29,14 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-std::string text(milliseconds time) {
-  return time.count() % 1000 == 0 ? std::to_string(time.count() / 1000) + " s"
-                                  : std::to_string(time.count()) + " ms";
-}
-
 /// When the time is spent that all exchanges have together, and how much that was.
 struct Deadline {
-  milliseconds whole;
+  std::string whole;
   Clock::time_point end;
 };
 
 std::string inAll(const Deadline& deadline) {
-  return text(deadline.whole) + " in all";
+  return deadline.whole + " in all";
 }
 
 std::string connectFault(const std::string& path, int error) {
@@ -142,7 +137,7 @@ HTTPConnection::Connection::Connection(const std::string& path, const Deadline& 
   const int error = connectUntil(number, address, std::min(deadline.end, end));
   if (error == EAGAIN)
     throw CIMClientError("it took no connection within " +
-                         (deadline.end < end ? inAll(deadline) : text(limit)));
+                         (deadline.end < end ? inAll(deadline) : TimeBudget::textOf(limit)));
   if (error != 0) throw CIMClientError(connectFault(path, error));
 }
 
@@ -192,9 +187,9 @@ HTTPConnection::~HTTPConnection() = default;
 
 void HTTPConnection::exchange(const HTTPCIMRequest& request, const BodySink& sink) {
   if (m_time.isSpent())
-    throw CIMClientError("it had " + text(m_time.whole()) + " in all, which it has used up");
+    throw CIMClientError("it had " + m_time.text() + " in all, which it has used up");
   const TimeBudget::Spending spending(m_time);
-  const Deadline deadline{m_time.whole(), spending.end()};
+  const Deadline deadline{m_time.text(), spending.end()};
   const std::string message = request.head() + request.body;
   // Owned here meanwhile: whatever is thrown closes it.
   std::unique_ptr<Connection> connection = std::move(m_connection);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 
 namespace brv {
 
@@ -13,12 +14,17 @@ class TimeBudget {
 
   explicit TimeBudget(std::chrono::milliseconds whole) : m_whole(whole), m_left(whole) {}
 
-  std::chrono::milliseconds whole() const { return m_whole; }
   /// Rounded down.
   std::chrono::milliseconds left() const {
     return std::chrono::duration_cast<std::chrono::milliseconds>(m_left);
   }
   bool isSpent() const { return left().count() <= 0; }
+  /// The whole of it for messages: "8 s".
+  std::string text() const { return textOf(m_whole); }
+  static std::string textOf(std::chrono::milliseconds time) {
+    return time.count() % 1000 == 0 ? std::to_string(time.count() / 1000) + " s"
+                                    : std::to_string(time.count()) + " ms";
+  }
 
   /// Spends it as long as this lives. The budget must outlive it; one at a time.
   class Spending {

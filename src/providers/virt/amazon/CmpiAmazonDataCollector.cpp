@@ -16,8 +16,6 @@ namespace brv {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr int kMostRequests = 400;
 constexpr std::size_t kMostLines = 64;
 constexpr std::size_t kMostMappings = 64;
@@ -59,28 +57,22 @@ constexpr AmazonEntry kCardEntries[] = {
     {"owner-id", "OwnerID"},
 };
 
+bool isGood(const MetadataAnswer& answer) {
+  return answer.end == MetadataAnswer::End::kAnswered && answer.status == 200 && answer.amazon;
+}
+
 // A token goes into a header line, which no byte of it may end.
 bool isToken(const MetadataAnswer& answer) {
-  return answer.end == MetadataAnswer::End::kAnswered && answer.status == 200 && answer.amazon &&
-         !answer.body.empty() && answer.body.size() <= kLongestToken &&
+  return isGood(answer) && !answer.body.empty() && answer.body.size() <= kLongestToken &&
          std::all_of(answer.body.begin(), answer.body.end(),
                      [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-// The names of a listing; `folders` end with a slash. The tree does not tell letter case in them.
-std::vector<std::string> namesOf(std::string_view listing, bool folders, std::size_t most) {
-  std::vector<std::string> names;
-  for (std::string_view line : amazonLines(listing)) {
-    if (folders && line.ends_with('/')) line.remove_suffix(1);
-    const auto isSame = [line](const std::string& name) {
-      return name.size() == line.size() &&
-             ::strncasecmp(name.data(), line.data(), line.size()) == 0;
-    };
-    if (names.size() < most && isAmazonName(line) &&
-        std::none_of(names.begin(), names.end(), isSame))
-      names.emplace_back(line);
-  }
-  return names;
+bool isIn(const std::vector<std::string>& names, std::string_view wanted) {
+  return std::any_of(names.begin(), names.end(), [wanted](const std::string& name) {
+    return name.size() == wanted.size() &&
+           ::strncasecmp(name.data(), wanted.data(), wanted.size()) == 0;
+  });
 }
 
 }  // namespace
@@ -111,26 +103,16 @@ std::span<const AmazonEntry> CmpiAmazonDataCollector::cardEntries() {
   return kCardEntries;
 }
 
-CmpiAmazonDataCollector::CmpiAmazonDataCollector(MetadataAddress address, MetadataExchange exchange,
-                                                 std::chrono::milliseconds wholeTime)
-    : m_address(std::move(address)), m_exchange(std::move(exchange)), m_left(wholeTime) {}
-
-// Only what the service takes counts against the time: between two readings others may be asked.
 MetadataAnswer CmpiAmazonDataCollector::ask(const std::string& request, std::size_t bodyLimit) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_left);
-  if (left.count() <= 0 || m_requests >= kMostRequests) {
+  if (m_service.time().isSpent() || m_requests >= kMostRequests) {
     if (!std::exchange(m_outOfBounds, true))
       BRV_TRACE(kWarning, "Instance metadata: stopped after %d requests\n", m_requests);
     return {};
   }
   ++m_requests;
   MetadataLimits limits;
-  limits.connect = std::min(limits.connect, left);
-  limits.answer = std::min(limits.answer, left);
   limits.body = bodyLimit;
-  const auto begin = Clock::now();
-  MetadataAnswer answer = m_exchange(m_address, request, limits);
-  m_left -= Clock::now() - begin;
+  MetadataAnswer answer = m_service.ask(request, limits);
   if (answer.status != 0 && !answer.amazon) BRV_TRACE(kWarning, "Not on Amazon EC2!\n");
   return answer;
 }
@@ -152,23 +134,51 @@ MetadataAnswer CmpiAmazonDataCollector::askForPath(const std::string& path, std:
   MetadataAnswer tokenAnswer;
   if (m_version2 && answer.amazon && answer.status == 401 && renewToken(tokenAnswer))
     answer = askOnce();
-  const bool good = answer.end == MetadataAnswer::End::kAnswered && answer.amazon;
-  if (good && answer.status == 200) return answer;
-  if (!good || answer.status != 404)
+  const bool isKnown = answer.end == MetadataAnswer::End::kAnswered && answer.amazon &&
+                       (answer.status == 200 || answer.status == 404);
+  if (!isKnown)
     BRV_TRACE(kWarning, "Instance metadata: no %s, status %d\n", path.c_str(), answer.status);
-  if (!good) answer.status = 0;
   return answer;
 }
 
+// Empty: it has told all that it knows.
+std::string CmpiAmazonDataCollector::reasonOf(const MetadataAnswer& answer) const {
+  if (answer.end == MetadataAnswer::End::kAnswered)
+    return answer.amazon && (answer.status == 200 || answer.status == 404)
+               ? ""
+               : "HTTP status " + std::to_string(answer.status);
+  if (m_service.time().isSpent()) return "no answer within " + m_service.time().text() + " in all";
+  if (m_outOfBounds) return "more than " + std::to_string(kMostRequests) + " requests";
+  return "no answer";
+}
+
+void CmpiAmazonDataCollector::setFailure(std::string& failure, const std::string& path,
+                                         const std::string& reason) const {
+  if (failure.empty()) failure = "Failed to read instance metadata " + path + ": " + reason;
+}
+
+// Who cannot be reached, is another or refuses is no service of this guest. One that falls silent
+// or is in trouble is: what it did not tell is missing then.
 bool CmpiAmazonDataCollector::openDialogue() {
   MetadataAnswer answer;
   m_version2 = renewToken(answer);
-  if (answer.end == MetadataAnswer::End::kNotConnected) return false;
-  if (answer.status != 0 && !answer.amazon) return false;
-  answer = askForPath(std::string(kRoot) + kInstanceId, kLargestBody);
-  if (answer.status != 200) return false;
-  add(kInstanceId, std::move(answer.body), "vm");
-  return true;
+  bool isThere = m_service.isReached();
+  if (answer.end != MetadataAnswer::End::kNotConnected) {
+    if (answer.status != 0 && !answer.amazon) return false;
+    answer = askForPath(std::string(kRoot) + kInstanceId, kLargestBody);
+    if (isGood(answer)) {
+      add(kInstanceId, std::move(answer.body), "vm");
+      return true;
+    }
+    constexpr int kInTrouble = 500;
+    isThere = answer.status == 0 ||
+              (answer.amazon &&
+               (answer.end != MetadataAnswer::End::kAnswered || answer.status >= kInTrouble));
+  }
+  if (!isThere) return false;
+  for (std::string* failure : {&m_mappingsFailure, &m_cardsFailure})
+    setFailure(*failure, kInstanceId, reasonOf(answer));
+  return false;
 }
 
 bool CmpiAmazonDataCollector::readable() {
@@ -176,10 +186,32 @@ bool CmpiAmazonDataCollector::readable() {
   return *m_readable;
 }
 
-std::optional<std::string> CmpiAmazonDataCollector::get(const std::string& path) {
+std::optional<std::string> CmpiAmazonDataCollector::get(const std::string& path,
+                                                        std::string& failure) {
   MetadataAnswer answer = askForPath(kRoot + path, kLargestBody);
-  if (answer.status != 200) return std::nullopt;
-  return std::move(answer.body);
+  if (isGood(answer)) return std::move(answer.body);
+  if (const std::string reason = reasonOf(answer); !reason.empty())
+    setFailure(failure, path, reason);
+  return std::nullopt;
+}
+
+// `folders` end with a slash. The tree does not tell letter case in names.
+std::vector<std::string> CmpiAmazonDataCollector::list(const char* path, bool folders,
+                                                       std::size_t most, std::string& failure) {
+  std::vector<std::string> names;
+  const auto listing = get(path, failure);
+  if (!listing) return names;
+  for (LineScanner lines(*listing); lines.next();) {
+    std::string_view name = lines.line();
+    if (folders && name.ends_with('/')) name.remove_suffix(1);
+    if (!isAmazonName(name) || isIn(names, name)) continue;
+    if (names.size() == most) {
+      setFailure(failure, path, "more than " + std::to_string(most) + " entries");
+      break;
+    }
+    names.emplace_back(name);
+  }
+  return names;
 }
 
 void CmpiAmazonDataCollector::add(const char* name, std::string value, const char* context,
@@ -199,7 +231,7 @@ bool CmpiAmazonDataCollector::readMetrics() {
   if (!readable()) return false;
   const MetadataAnswer answer =
       askForPath(std::string(kRoot) + "metrics/vhostmd", kLargestDocument);
-  if (answer.status != 200) return false;
+  if (!isGood(answer)) return false;
   const std::unique_ptr<MetricTree> document = MetricTree::parse(answer.body, kLargestDocument);
   if (!document) {
     BRV_TRACE(kWarning, "Parsing of XML buffer failed.\n");
@@ -212,35 +244,34 @@ bool CmpiAmazonDataCollector::readMetrics() {
 
 void CmpiAmazonDataCollector::readInventory() {
   if (std::exchange(m_inventory, true) || !readable()) return;
+  // What the guest does not hear of itself is absent.
+  std::string ignored;
   // The texts of the guest stand before those of its cards, so that a search for a name alone ends
   // at them.
   for (const AmazonEntry& entry : kGuestEntries) {
     if (entry.path == kInstanceId) continue;  // since the dialogue began
-    if (auto value = get(entry.path)) add(entry.name(), *std::move(value), "vm");
+    if (auto value = get(entry.path, ignored)) add(entry.name(), *std::move(value), "vm");
   }
-  if (auto groups = get(kSecurityGroups)) add(kSecurityGroups, *std::move(groups), "vm");
-  if (auto host = get(std::string("placement/") + kHostId)) add(kHostId, *std::move(host), "host");
+  if (auto groups = get(kSecurityGroups, ignored)) add(kSecurityGroups, *std::move(groups), "vm");
+  if (auto host = get(std::string("placement/") + kHostId, ignored))
+    add(kHostId, *std::move(host), "host");
   readMappings();
   readCards();
 }
 
 void CmpiAmazonDataCollector::readMappings() {
-  const auto listing = get(kMappingsPath);
-  if (!listing) return;
-  m_mappings = namesOf(*listing, false, kMostMappings);
+  m_mappings = list(kMappingsPath, false, kMostMappings, m_mappingsFailure);
   for (const std::string& mapping : m_mappings)
-    if (auto device = get(kMappingsPath + mapping))
+    if (auto device = get(kMappingsPath + mapping, m_mappingsFailure))
       add(mapping.c_str(), *std::move(device), "vm", mapping);
 }
 
 void CmpiAmazonDataCollector::readCards() {
-  const auto listing = get(kCardsPath);
-  if (!listing) return;
-  m_cards = namesOf(*listing, true, kMostCards);
+  m_cards = list(kCardsPath, true, kMostCards, m_cardsFailure);
   for (const std::string& card : m_cards) {
     const std::string folder = kCardsPath + card + '/';
     const auto read = [&](const char* name) {
-      if (auto value = get(folder + name)) add(name, *std::move(value), "vm", card);
+      if (auto value = get(folder + name, m_cardsFailure)) add(name, *std::move(value), "vm", card);
     };
     for (const AmazonEntry& entry : kCardEntries) read(entry.path);
     read(kCardNumber);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -43,11 +42,9 @@ class CmpiAmazonDataCollector {
   static constexpr const char* kCardLists[] = {"local-ipv4s", "ipv6s", "public-ipv4s",
                                                "security-group-ids"};
 
-  /// `wholeTime` is what all answers together may take; what comes too late is absent. Other
-  /// arguments than these are for tests.
-  explicit CmpiAmazonDataCollector(MetadataAddress address = {},
-                                   MetadataExchange exchange = exchangeMetadata,
-                                   std::chrono::milliseconds wholeTime = std::chrono::seconds(8));
+  /// Asks `service`, which must outlive it; what comes too late is absent.
+  explicit CmpiAmazonDataCollector(MetadataService& service = MetadataService::process())
+      : m_service(service) {}
 
   /// Whether the service answers; the dialogue begins with the first question.
   bool readable();
@@ -64,6 +61,10 @@ class CmpiAmazonDataCollector {
   /// in the order of the service, without those that differ in letter case only.
   const std::vector<std::string>& mappings() const { return m_mappings; }
   const std::vector<std::string>& cards() const { return m_cards; }
+  /// "Failed to read ..." when the mappings or cards, or what the service knows of one of them,
+  /// were not read to the end; empty otherwise, also where there is no such service.
+  const std::string& mappingsFailure() const { return m_mappingsFailure; }
+  const std::string& cardsFailure() const { return m_cardsFailure; }
 
   /// The text of an entry, empty where there is none: of the guest ("vm") or its host ("host"), or
   /// of the card or mapping `id`.
@@ -75,15 +76,19 @@ class CmpiAmazonDataCollector {
   /// True when there is a new one. `answer` is what came.
   bool renewToken(MetadataAnswer& answer);
   bool openDialogue();
-  /// What is below `path`; nothing when there is no good answer.
-  std::optional<std::string> get(const std::string& path);
+  /// What is below `path`; nothing when there is no good answer, and `failure` then becomes the
+  /// reason unless there is one already or the service knows nothing of the kind.
+  std::optional<std::string> get(const std::string& path, std::string& failure);
+  /// The names of the listing at `path`, at most so many.
+  std::vector<std::string> list(const char* path, bool folders, std::size_t most,
+                                std::string& failure);
+  void setFailure(std::string& failure, const std::string& path, const std::string& reason) const;
+  std::string reasonOf(const MetadataAnswer& answer) const;
   void add(const char* name, std::string value, const char* context, const std::string& id = {});
   void readMappings();
   void readCards();
 
-  MetadataAddress m_address;
-  MetadataExchange m_exchange;
-  std::chrono::nanoseconds m_left;  // of the whole time
+  MetadataService& m_service;
   int m_requests = 0;
   bool m_outOfBounds = false;
 
@@ -95,6 +100,8 @@ class CmpiAmazonDataCollector {
   MetricTree m_tree;
   std::vector<std::string> m_mappings;
   std::vector<std::string> m_cards;
+  std::string m_mappingsFailure;
+  std::string m_cardsFailure;
 };
 
 /// The lines of a list, without empty ones and at most 64.

@@ -10,7 +10,6 @@
 #include "providers/CmpiProviderUtil.h"
 #include "providers/inventory/CpuFacts.h"
 #include "providers/virt/amazon/AmazonAssociations.h"
-#include "providers/virt/amazon/AmazonInventory.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -55,6 +54,10 @@ void setHostProcessor(PropertyWriter& properties, const std::optional<CpuFacts>&
   properties.numbers("Characteristics", facts.characteristics());
 }
 
+void requireAll(const std::string& failure) {
+  if (!failure.empty()) throwCmpiStatus(CmpiStatus(CMPI_RC_ERR_FAILED, failure));
+}
+
 template <class Record>
 std::vector<std::string> keysOf(const std::vector<Record>& records, std::string Record::*key) {
   std::vector<std::string> keys;
@@ -83,6 +86,16 @@ std::unique_ptr<CmpiAmazonDataCollector> CmpiAmazonVirtualOLMODDataProvider::ope
 const CmpiAmazonDataCollector& CmpiAmazonVirtualOLMODDataProvider::inventory() {
   m_collector->readInventory();
   return *m_collector;
+}
+
+std::vector<AmazonStorage> CmpiAmazonVirtualOLMODDataProvider::storage() {
+  requireAll(inventory().mappingsFailure());
+  return gatherAmazonStorage(*m_collector, files());
+}
+
+std::vector<AmazonPort> CmpiAmazonVirtualOLMODDataProvider::ports() {
+  requireAll(inventory().cardsFailure());
+  return gatherAmazonPorts(*m_collector, files());
 }
 
 CmpiStatus CmpiAmazonVirtualOLMODDataProvider::enumInstances(const CmpiContext& context,
@@ -125,16 +138,16 @@ void CmpiAmazonVirtualOLMODDataProvider::enumProvCapInstances(const CmpiContext&
 
 void CmpiAmazonVirtualOLMODDataProvider::enumStorage(CmpiResult& result) {
   PropertyWriter properties(PropertyWriter::Absent::kNull);
-  for (const AmazonStorage& storage : gatherAmazonStorage(inventory(), files())) {
-    properties.begin(createLogicalDevice(kStorage, storage.deviceId.c_str()));
-    setStorage(properties, storage);
+  for (const AmazonStorage& device : storage()) {
+    properties.begin(createLogicalDevice(kStorage, device.deviceId.c_str()));
+    setStorage(properties, device);
     result.returnData(properties.instance());
   }
 }
 
 void CmpiAmazonVirtualOLMODDataProvider::enumPorts(CmpiResult& result) {
   PropertyWriter properties(PropertyWriter::Absent::kNull);
-  for (const AmazonPort& port : gatherAmazonPorts(inventory(), files())) {
+  for (const AmazonPort& port : ports()) {
     properties.begin(createLogicalDevice(kPort, port.mac.c_str()));
     setPort(properties, port);
     result.returnData(properties.instance());
@@ -215,11 +228,11 @@ Self::Keys CmpiAmazonVirtualOLMODDataProvider::hostKeys() {
 }
 
 Self::Keys CmpiAmazonVirtualOLMODDataProvider::storageKeys() {
-  return keysOf(gatherAmazonStorage(inventory(), files()), &AmazonStorage::deviceId);
+  return keysOf(storage(), &AmazonStorage::deviceId);
 }
 
 Self::Keys CmpiAmazonVirtualOLMODDataProvider::portKeys() {
-  return keysOf(gatherAmazonPorts(inventory(), files()), &AmazonPort::mac);
+  return keysOf(ports(), &AmazonPort::mac);
 }
 
 // Where the processors sit is mostly known without /proc/cpuinfo.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "providers/virt/CmpiVirtualSystemsProvider.h"
+#include "providers/virt/amazon/AmazonInventory.h"
 #include "providers/virt/amazon/CmpiAmazonDataCollector.h"
 
 namespace brv {
@@ -41,6 +42,10 @@ class CmpiAmazonVirtualOLMODDataProvider : public CmpiVirtualSystemsProvider,
 
  private:
   using Keys = std::vector<std::string>;
+
+  // Throw a CmpiStatus when the service did not tell all.
+  std::vector<AmazonStorage> storage();
+  std::vector<AmazonPort> ports();
 
   void enumStorage(CmpiResult& result);
   void enumPorts(CmpiResult& result);

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "providers/virt/detect/MetadataAnswerReader.h"
 #include "runtime/Descriptor.h"
@@ -100,15 +101,35 @@ MetadataAnswer exchangeMetadata(const MetadataAddress& address, std::string_view
   Descriptor socket;
   const char* host = address.address.c_str();
   const std::string port = std::to_string(address.port);
-  if (const int error = connectTo(address, Clock::now() + limits.connect, socket)) {
+  const auto end = Clock::now() + limits.whole;
+  if (const int error = connectTo(address, std::min(end, Clock::now() + limits.connect), socket)) {
     BRV_TRACE(kWarning, "can't establish connection %s %s rc=%d\n", host, port.c_str(), error);
     return {};
   }
   BRV_TRACE(kDetail, "established connection %s %s\n", host, port.c_str());
-  const auto deadline = Clock::now() + limits.answer;
+  const auto deadline = std::min(end, Clock::now() + limits.answer);
   MetadataAnswerReader reader(limits);
   if (sendAll(socket, request, deadline)) receive(socket, reader, deadline);
   return std::move(reader).answer();
+}
+
+MetadataService::MetadataService(MetadataAddress address, MetadataExchange exchange,
+                                 milliseconds whole)
+    : m_address(std::move(address)), m_exchange(std::move(exchange)), m_time(whole) {}
+
+MetadataAnswer MetadataService::ask(std::string_view request, MetadataLimits limits) {
+  if (m_time.isSpent() || (m_asked && !m_reached)) return {};
+  m_asked = true;
+  limits.whole = std::min(limits.whole, m_time.left());
+  const TimeBudget::Spending spending(m_time);
+  MetadataAnswer answer = m_exchange(m_address, request, limits);
+  m_reached = m_reached || answer.end != MetadataAnswer::End::kNotConnected;
+  return answer;
+}
+
+MetadataService& MetadataService::process() {
+  static MetadataService service;
+  return service;
 }
 
 }  // namespace brv

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "runtime/TimeBudget.h"
+
 namespace brv {
 
 /// Where the instance metadata service of a cloud listens: its documented link-local address. Only
@@ -22,6 +24,7 @@ struct MetadataLimits {
   std::chrono::milliseconds answer{2'000};  ///< from the request to the last byte of the body
   std::size_t header = 2'048;               ///< bytes, with the empty line that ends it
   std::size_t body = 16'384;                ///< bytes
+  std::chrono::milliseconds whole{3'000};   ///< connection and answer together
 };
 
 struct MetadataAnswer {
@@ -47,5 +50,32 @@ MetadataAnswer exchangeMetadata(const MetadataAddress& address, std::string_view
 /// The routine above, or what stands for it in a test.
 using MetadataExchange =
     std::function<MetadataAnswer(const MetadataAddress&, std::string_view, const MetadataLimits&)>;
+
+/// The metadata service as all who ask it in one run share it: 8 s are the time of all answers
+/// together.
+class MetadataService {
+ public:
+  /// Other arguments than these are for tests.
+  explicit MetadataService(MetadataAddress address = {},
+                           MetadataExchange exchange = exchangeMetadata,
+                           std::chrono::milliseconds whole = std::chrono::seconds(8));
+
+  /// One exchange within the limits and the time that is left; "not connected" when that is spent,
+  /// and without a try when the first one found nobody.
+  MetadataAnswer ask(std::string_view request, MetadataLimits limits);
+  /// Whether somebody was there, once: there is such a service then.
+  bool isReached() const { return m_reached; }
+  const TimeBudget& time() const { return m_time; }
+
+  /// The one of this process.
+  static MetadataService& process();
+
+ private:
+  MetadataAddress m_address;
+  MetadataExchange m_exchange;
+  TimeBudget m_time;
+  bool m_asked = false;
+  bool m_reached = false;
+};
 
 }  // namespace brv

@@ -38,7 +38,7 @@ VirtHost VirtHost::process(const HostFiles& files) {
         files, [](std::uint32_t) { return CpuidLeaf(); },
         [](std::string_view, const MetadataLimits&) { return MetadataAnswer(); });
   return VirtHost(files, executeCpuid, [](std::string_view request, const MetadataLimits& limits) {
-    return exchangeMetadata(MetadataAddress(), request, limits);
+    return MetadataService::process().ask(request, limits);
   });
 }
 

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 
 #include "providers/CapturedTrace.h"
 #include "providers/virt/RecordedProvider.h"
@@ -76,7 +79,8 @@ const std::map<std::string, std::string> kEntries = {
     {kCard + "ipv6s", "2001:db8::7"},
     {kCard + "security-group-ids", "sg-1"}};
 
-MetadataAddress s_address;
+// The service of the run that is tested.
+std::optional<MetadataService> s_service;
 
 template <class Provider>
 class On : public test::On<Provider> {
@@ -84,7 +88,7 @@ class On : public test::On<Provider> {
   On(const CmpiBroker& broker, const CmpiContext& context)
       : CmpiBaseMI(broker, context), test::On<Provider>(broker, context) {}
   std::unique_ptr<CmpiAmazonDataCollector> openCollector() const override {
-    return std::make_unique<CmpiAmazonDataCollector>(s_address);
+    return std::make_unique<CmpiAmazonDataCollector>(*s_service);
   }
 };
 using Metrics = On<CmpiAmazonVirtualMetricProvider>;
@@ -100,7 +104,19 @@ constexpr const char* kCapabilities = "BRV_ProviderCapabilities";
 // An instance and its metadata service, which knows the entries.
 class Amazon : public testing::Test {
  protected:
-  Amazon() { s_address = m_server->address(); }
+  Amazon() { beginRun(); }
+
+  // With a service that has that time in all, and exchanges as the test wants them.
+  void beginRun(MetadataExchange exchange = exchangeMetadata,
+                std::chrono::milliseconds whole = std::chrono::hours(1)) {
+    s_service.emplace(m_server->address(), std::move(exchange), whole);
+  }
+  // The service dies, and a new run finds nobody.
+  void loseServer() {
+    const MetadataAddress address = m_server->address();
+    m_server.reset();
+    s_service.emplace(address);
+  }
 
   template <class Provider>
   static List<CIMObject> objects(const char* className, const std::string& changes = "") {
@@ -144,7 +160,7 @@ TEST_F(Amazon, CapabilitiesTellTheVersionOfTheDialogue) {
   for (const std::string source : {"8 ACTIVE AWS 2\n", "8 ACTIVE AWS 1\n",
                                    "0 Check access to the instance metadata service! AWS 1\n"}) {
     m_service.token = source.ends_with("2\n") ? "secret" : nullptr;
-    if (source.starts_with('0')) m_server.reset();
+    if (source.starts_with('0')) loseServer();
     const std::string definitions = "_VirtualMetricProvider BRV_MetricDefinition";
     const std::string values = "_VirtualMetricProvider BRV_MetricValue";
     const std::string end =
@@ -177,7 +193,10 @@ TEST_F(Amazon, BothSystemsWithAndWithoutService) {
   EXPECT_EQ(host(), machine + "h-5\n");
   m_service.texts.erase("placement/host-id");
   EXPECT_EQ(host(), machine + "HostComputerSystem\n");
-  m_server.reset();
+  // The region is not always the zone's name without its letter.
+  m_service.texts["placement/region"] = "xy-coast";
+  EXPECT_EQ(guest(), own + "i-77 acme.large xy-north-1b xy-coast pumps;valves\n");
+  loseServer();
   EXPECT_EQ(guest(), own + "    \n");
   EXPECT_EQ(host(), machine + "HostComputerSystem\n");
   EXPECT_EQ(list(kStorage) + list(kPort) + test::values<Metrics>(kInstance) + test::s_refusal, "");
@@ -209,6 +228,73 @@ TEST_F(Amazon, Devices) {
             "2;5;6\n");
   EXPECT_EQ(processors("== file /proc/cpuinfo\n== file /sys/devices/system/cpu/online\nnone\n"),
             "0         \n");
+}
+
+// What one of the requests is answered with costs the class whose list is short then, and no other.
+TEST_F(Amazon, AListThatIsNotReadToItsEndIsAFailure) {
+  using End = MetadataAnswer::End;
+  const MetadataAnswer broken{End::kBroken, 0, false, ""};
+  const MetadataAnswer cut{End::kBroken, 200, true, ""};
+  const MetadataAnswer gone{};
+  const MetadataAnswer trouble{End::kAnswered, 503, true, ""};
+  const MetadataAnswer another{End::kAnswered, 200, false, "eni-9"};
+  const std::string volumes = "block-device-mapping/";
+  const std::string cards = "network/interfaces/macs/";
+  struct Case {
+    std::string path;
+    MetadataAnswer answer;
+    const char *className, *reason, *otherClass;
+  };
+  for (const Case& c : {Case{volumes, broken, kStorage, "no answer", kPort},
+                        {volumes + "ebs3", cut, kStorage, "no answer", kPort},
+                        {volumes + "swap", trouble, kStorage, "HTTP status 503", kPort},
+                        {cards, gone, kPort, "no answer", kStorage},
+                        {kCard + "ipv6s", trouble, kPort, "HTTP status 503", kStorage},
+                        {kCard + "vpc-id", another, kPort, "HTTP status 200", kStorage}}) {
+    SCOPED_TRACE(c.path);
+    beginRun([&c](const auto& address, const auto& request, const auto& limits) {
+      return request.starts_with("GET /latest/meta-data/" + c.path + " HTTP")
+                 ? c.answer
+                 : exchangeMetadata(address, request, limits);
+    });
+    test::CapturedTrace trace(trace::kError);
+    EXPECT_EQ(list(c.className), "");
+    EXPECT_EQ(test::s_refusal, "Failed to read instance metadata " + c.path + ": " + c.reason);
+    EXPECT_NE(list(c.otherClass), "");
+    EXPECT_NE(list(kGuest) + list(kHost), "");
+    EXPECT_EQ(test::s_refusal, "");
+  }
+  // A service that is there, but says nothing, and one that refuses.
+  for (const auto& [answer, reason] : {std::pair{broken, "no answer"},
+                                       {trouble, "HTTP status 503"},
+                                       {MetadataAnswer{End::kAnswered, 403, true, ""}, ""}}) {
+    beginRun([&all = answer](auto&&...) { return all; });
+    test::CapturedTrace trace(trace::kError);
+    EXPECT_EQ(list(kPort), "");
+    EXPECT_EQ(test::s_refusal, *reason == '\0' ? ""
+                                               : "Failed to read instance metadata instance-id: " +
+                                                     std::string(reason));
+  }
+}
+
+// The time is that of all classes: who comes too late is not told that there is nothing.
+TEST_F(Amazon, ClassesShareTheTimeOfARun) {
+  const std::chrono::milliseconds kWhole{300};
+  beginRun(
+      [kWhole](const auto& address, const auto& request, const auto& limits) {
+        if (request.find("/ebs3 ") != std::string_view::npos) std::this_thread::sleep_for(kWhole);
+        return exchangeMetadata(address, request, limits);
+      },
+      kWhole);
+  test::CapturedTrace trace(trace::kError);
+  for (const char* className : {kStorage, kPort, kStorage}) {
+    EXPECT_EQ(list(className), "");
+    EXPECT_THAT(test::s_refusal, testing::MatchesRegex("Failed to read instance metadata .*: no "
+                                                       "answer within 300 ms in all"));
+  }
+  const std::size_t asked = m_server->requests().size();
+  EXPECT_NE(list(kGuest) + list(kHost), "");
+  EXPECT_EQ(m_server->requests().size(), asked);
 }
 
 TEST_F(Amazon, Associations) {
@@ -249,6 +335,14 @@ TEST_F(Amazon, Associations) {
     }
     EXPECT_EQ(names, row.names) << row.className << '?' << row.keys << " to " << row.assocClass;
   }
+  // Whether it is there cannot be told when not all were read.
+  m_service.texts["block-device-mapping/"].clear();
+  for (int i = 0; i < 65; ++i)
+    m_service.texts["block-device-mapping/"] += "ebs" + std::to_string(i) + '\n';
+  test::CapturedTrace trace(trace::kError);
+  EXPECT_EQ(broker.associated(kStorage, "DeviceID=sdb", kGuest).size(), 0U);
+  EXPECT_EQ(test::s_refusal,
+            "Failed to read instance metadata block-device-mapping/: more than 64 entries");
   // The broker has no result class to hand on.
   EXPECT_FALSE(isAmazonAssociation(kGuest, kHost, kGuest));
   EXPECT_TRUE(isAmazonAssociation(kGuest, kStorage, "brv_olmodvirtualstorage"));

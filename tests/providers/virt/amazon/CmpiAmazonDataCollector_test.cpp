@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <regex>
-#include <thread>
 #include <tuple>
 
 #include "providers/CapturedTrace.h"
@@ -72,7 +72,8 @@ TEST(AmazonDataCollector, Dialogue) {
       limits.answer = std::min(limits.answer, milliseconds(100));
       return exchangeMetadata(address, request, limits);
     };
-    CmpiAmazonDataCollector collector(server.address(), hastily);
+    MetadataService service(server.address(), hastily);
+    CmpiAmazonDataCollector collector(service);
     EXPECT_EQ(collector.version(), std::max(version, 1));
     EXPECT_EQ(collector.readable(), version != 0) << requests;
     EXPECT_EQ(collector.value("instance-id"), version != 0 ? "i-77" : "");
@@ -83,12 +84,16 @@ TEST(AmazonDataCollector, Dialogue) {
 
 TEST(AmazonDataCollector, GivesUpWithoutConnection) {
   int asked = 0;
-  CmpiAmazonDataCollector collector({}, [&](auto&&...) {
+  MetadataService service({}, [&](auto&&...) {
     ++asked;
     return MetadataAnswer{};
   });
-  collector.readInventory();
-  EXPECT_FALSE(collector.readMetrics());
+  for (int classes = 0; classes < 2; ++classes) {
+    CmpiAmazonDataCollector collector(service);
+    collector.readInventory();
+    EXPECT_FALSE(collector.readMetrics());
+    EXPECT_EQ(collector.mappingsFailure() + collector.cardsFailure(), "");
+  }
   EXPECT_EQ(asked, 1);
 }
 
@@ -103,7 +108,8 @@ TEST(AmazonDataCollector, Inventory) {
        {"network/interfaces/macs/", "02:0a/\n02:0A/\n../\n/\n"},
        {"network/interfaces/macs/02:0a/local-hostname", "card"}}};
   test::MetadataServer server(service);
-  CmpiAmazonDataCollector collector(server.address());
+  MetadataService shared(server.address());
+  CmpiAmazonDataCollector collector(shared);
   collector.readInventory();
   collector.readInventory();
   EXPECT_THAT(collector.mappings(), testing::ElementsAre("ami", "ebs2"));
@@ -135,7 +141,8 @@ TEST(AmazonDataCollector, Metrics) {
                                       {"Moved", false}}) {
     test::MetadataEntries service{{{"instance-id", "i-77"}, {"metrics/vhostmd", offered}}};
     test::MetadataServer server(service);
-    CmpiAmazonDataCollector collector(server.address());
+    MetadataService shared(server.address());
+    CmpiAmazonDataCollector collector(shared);
     for (int pass = 0; pass < 2; ++pass) EXPECT_EQ(collector.readMetrics(), good);
     EXPECT_EQ(collector.value("TotalCPUTime", nullptr, "host"), good ? "17.5" : "");
     EXPECT_EQ(asked(server), "token= instance-id=secret metrics/vhostmd=secret ");
@@ -149,20 +156,20 @@ TEST(AmazonDataCollector, Bounds) {
     service.texts["network/interfaces/macs/"] += "02:" + std::to_string(i) + "/\n";
   }
   test::MetadataServer server(service);
-  CmpiAmazonDataCollector collector(server.address());
+  MetadataService shared(server.address(), exchangeMetadata, std::chrono::hours(1));
+  CmpiAmazonDataCollector collector(shared);
   collector.readInventory();
   EXPECT_EQ(collector.mappings().size(), 64);
   EXPECT_EQ(collector.cards().size(), 32);
   EXPECT_EQ(server.requests().size(), 400);
-  // A service that takes its time.
-  const auto slowly = [](const auto&... arguments) {
-    std::this_thread::sleep_for(milliseconds(40));
-    return exchangeMetadata(arguments...);
-  };
-  CmpiAmazonDataCollector hurried(server.address(), slowly, milliseconds(150));
-  hurried.readInventory();
-  EXPECT_TRUE(hurried.readable());
-  EXPECT_LE(server.requests().size(), 404);
+  EXPECT_THAT(collector.mappingsFailure(), HasSubstr("/: more than 64 entries"));
+  EXPECT_THAT(collector.cardsFailure(), HasSubstr("/: more than 32 entries"));
+  service.texts["network/interfaces/macs/"].resize(
+      service.texts["network/interfaces/macs/"].find("02:32/"));
+  CmpiAmazonDataCollector often(shared);
+  often.readInventory();
+  EXPECT_EQ(often.cards().size(), 32);
+  EXPECT_THAT(often.cardsFailure(), testing::EndsWith(": more than 400 requests"));
 }
 
 }  // namespace

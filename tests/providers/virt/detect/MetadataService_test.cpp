@@ -85,5 +85,21 @@ TEST(MetadataService, NoConnection) {
   EXPECT_THAT(failure({"no address", 80}), HasSubstr("connection no address 80 rc=22"));
 }
 
+// Whichever of the two takes long.
+TEST(MetadataService, ConnectionAndAnswerHaveATimeTogether) {
+  constexpr std::chrono::hours kLong{1};
+  const MetadataLimits limits{kLong, kLong, 128, 8, milliseconds(100)};
+  test::MetadataServer silent([](const std::string&) { return test::MetadataReply{"", 0, true}; });
+  EXPECT_EQ(exchangeMetadata(silent.address(), "GET / HTTP/1.0\r\n\r\n", limits).end, End::kBroken);
+  MetadataAddress full;
+  const Descriptor listener = test::listenOnLoopback(0, full);
+  const Descriptor waiting(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr address{};
+  socklen_t size = sizeof address;
+  ASSERT_EQ(::getsockname(listener.get(), &address, &size), 0);
+  ASSERT_EQ(::connect(waiting.get(), &address, size), 0);
+  EXPECT_EQ(exchangeMetadata(full, "GET / HTTP/1.0\r\n\r\n", limits).end, End::kNotConnected);
+}
+
 }  // namespace
 }  // namespace brv
