@@ -4,16 +4,20 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <optional>
 #include <span>
+#include <type_traits>
 
 #include "providers/readers/LineScanner.h"
 #include "providers/virt/kvmxen/MetricsDiskReader.h"
@@ -27,7 +31,8 @@ namespace {
 constexpr const char* kBlockDevices = "/sys/block";
 constexpr const char* kPartitions = "/proc/partitions";
 constexpr const char* kSwaps = "/proc/swaps";
-constexpr std::chrono::seconds kSignatureTime{2};
+// For all disks together, whatever they say: a host that never ends writing is given up too.
+constexpr std::chrono::seconds kWholeTime{2};
 // Beyond what any kernel has; the device says it.
 constexpr int kLargestBlock = 1024 * 1024;
 
@@ -157,19 +162,80 @@ class DiskSieve {
   std::vector<std::string_view> m_withMedium;  // by name; empty: not known
 };
 
-// A probe's answer is one character: one of these or the errno value of a failed open.
-constexpr int kMetricsDisk = 0;
-constexpr int kOtherDisk = 255;
+// What is told of a disk by the child process that looked at it.
+struct Answer {
+  int openError = 0;     // errno values; 0: none
+  int readError = 0;     // of the document
+  bool isOther = false;  // no metrics disk
+  bool isReadOnly = false;
+  std::array<char, 6> unused{};  // every byte goes through a pipe
+  std::size_t begin = 0;         // of the document in the file that all of them share
+  std::size_t size = 0;
+};
+static_assert(std::has_unique_object_representations_v<Answer>);
 
-int probe(const HostFiles& files, const std::string& path) {
+std::string textOf(const Answer& answer) {
+  std::string text(sizeof(answer), '\0');
+  std::memcpy(text.data(), &answer, sizeof(answer));
+  return text;
+}
+
+// 0 or an errno value.
+template <class Call, class Byte>
+int transfer(Call call, int file, Byte* bytes, std::size_t size, std::size_t at) {
+  for (std::size_t done = 0; done < size;) {
+    const ssize_t count = call(file, bytes + done, size - done, static_cast<off_t>(at + done));
+    if (count == 0) return ENODATA;
+    if (count > 0)
+      done += static_cast<std::size_t>(count);
+    else if (errno != EINTR)
+      return errno;
+  }
+  return 0;
+}
+
+// Puts the document of a metrics disk into `file`, from `end` on.
+Answer look(const HostFiles& files, const std::string& path, int file,
+            std::atomic<std::size_t>& end) {
+  Answer answer;
   const Descriptor disk = openDisk(files, path);
-  if (disk.get() < 0) return errno;
-  return readerOf(disk.get()).hasSignature() ? kMetricsDisk : kOtherDisk;
+  if (disk.get() < 0) {
+    answer.openError = errno;
+    return answer;
+  }
+  MetricsDiskReader reader = readerOf(disk.get());
+  answer.isOther = !reader.hasSignature();
+  if (answer.isOther) return answer;
+  int readOnly = 0;
+  answer.isReadOnly = ::ioctl(disk.get(), BLKROGET, &readOnly) == 0 && readOnly != 0;
+  std::string document;
+  answer.readError = reader.read(document);
+  answer.size = document.size();
+  answer.begin = end.fetch_add(document.size());
+  if (answer.readError == 0)
+    answer.readError = transfer(::pwrite, file, document.data(), document.size(), answer.begin);
+  return answer;
 }
 
 // Without device, driver or medium.
 bool isAbsent(int error) {
   return error == ENOENT || error == ENXIO || error == ENODEV || error == ENOMEDIUM;
+}
+
+// False, after a trace of what is odd, when the answer tells of no document.
+bool fetch(Answer answer, const std::string& path, int file, std::string& document) {
+  if (answer.isOther || isAbsent(answer.openError)) return false;
+  if (answer.openError != 0) {
+    errout(trace::kWarning, "Can't open %s", path, answer.openError);
+    return false;
+  }
+  document.resize(answer.size);
+  if (answer.readError == 0)
+    answer.readError = transfer(::pread, file, document.data(), answer.size, answer.begin);
+  if (answer.readError == 0) return true;
+  document.clear();
+  errout(trace::kError, "Can't read %s", path, answer.readError);
+  return false;
 }
 
 }  // namespace
@@ -226,28 +292,29 @@ bool CMetricsDisk::ReadMetrics(std::string& document) const {
   document.clear();
   const std::vector<BoundedItem> disks = candidates();
   if (disks.empty()) return false;
-  const int root[] = {m_files.rootDescriptor()};
+  // A document is larger than the answers that a child process can give.
+  const Descriptor file(::memfd_create("metrics", MFD_CLOEXEC));
+  if (file.get() < 0) {
+    BRV_TRACE_ERRNO(kError, errno, "Failed to make a file in memory");
+    return false;
+  }
+  std::vector<int> descriptors = {file.get()};
+  if (m_files.hasOwnRoot()) descriptors.push_back(m_files.rootDescriptor());
+  std::atomic<std::size_t> end{0};  // each child process has its own
   const auto answers = m_calls.ask(
       disks,
-      [&](std::size_t item) {
-        return std::string(1, static_cast<char>(probe(m_files, disks[item].name)));
-      },
-      kSignatureTime, m_files.hasOwnRoot() ? std::span<const int>(root) : std::span<const int>());
-  for (std::size_t i = 0; i < disks.size(); ++i) {
-    if (!answers[i] || answers[i]->size() != 1) continue;
-    const int answer = static_cast<unsigned char>(answers[i]->front());
-    if (answer == kMetricsDisk) return readDisk(disks[i].name, document);
-    if (answer != kOtherDisk && !isAbsent(answer))
-      errout(trace::kWarning, "Can't open %s", disks[i].name, answer);
-  }
+      [&](std::size_t item) { return textOf(look(m_files, disks[item].name, file.get(), end)); },
+      kWholeTime, descriptors);
+  // One that this guest cannot write tells nothing but what its host does.
+  for (const bool readOnly : {true, false})
+    for (std::size_t i = 0; i < disks.size(); ++i) {
+      Answer answer;
+      if (!answers[i] || answers[i]->size() != sizeof(answer)) continue;
+      std::memcpy(&answer, answers[i]->data(), sizeof(answer));
+      if (answer.isReadOnly == readOnly && fetch(answer, disks[i].name, file.get(), document))
+        return true;
+    }
   return false;
-}
-
-bool CMetricsDisk::readDisk(const std::string& path, std::string& document) const {
-  const Descriptor disk = openDisk(m_files, path);
-  const int error = disk.get() < 0 ? errno : readerOf(disk.get()).read(document);
-  if (error != 0) errout(trace::kError, "Can't read %s", path, error);
-  return error == 0;
 }
 
 }  // namespace brv

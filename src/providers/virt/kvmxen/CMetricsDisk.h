@@ -24,14 +24,13 @@ class CMetricsDisk {
   /// Whether the command ran, succeeded and printed the document. Where its file does not exist,
   /// nothing is started.
   bool ExecVmDumpMetrics(std::string& document) const;
-  /// Whether one of the host's block devices is a metrics disk, the first by its name, and its
-  /// document was read. Devices that do not answer within 2 s are passed over. Once a device has
-  /// told that it is the one, this waits for it as long as it takes.
+  /// Whether the document of a metrics disk among the host's block devices was read: the first by
+  /// its name, those that this guest cannot write before the others. What is not read within 2 s
+  /// in all is passed over.
   bool ReadMetrics(std::string& document) const;
 
  private:
   std::vector<BoundedItem> candidates() const;
-  bool readDisk(const std::string& path, std::string& document) const;
 
   const HostFiles& m_files;
   CommandRunner& m_commands;

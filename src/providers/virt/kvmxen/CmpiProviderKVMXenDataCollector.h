@@ -22,7 +22,7 @@ class CmpiProviderKVMXenDataCollector {
       : m_files(files), m_source(source) {}
 
   /// Reads the document anew. Code 1, after a trace, when there is none, as on most guests, or it
-  /// cannot be parsed; what was known before is forgotten then too. May wait for the host, see
+  /// cannot be parsed; what was known before is forgotten then too. How long that may take: see
   /// CMetricsDisk.
   CmpiStatus GetMetricData();
   bool GetVmGuid(std::string& uuid) const { return readVmGuid(m_files, uuid); }

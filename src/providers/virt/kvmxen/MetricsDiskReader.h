@@ -46,9 +46,10 @@ class MetricsDiskReader {
 
   /// Whether the device begins with the signature; false if it cannot be read.
   bool hasSignature();
-  /// Waits, for ever if it has to, until the host leaves the disk alone and the document was read
-  /// while it did. It ends before its first NUL. 0 or an errno value: ENODATA when the device ends
-  /// too early or is no metrics disk, EFBIG for a document beyond the limit; it is empty then.
+  /// Waits, for ever if it has to (the caller bounds it), until the host leaves the disk alone and
+  /// the document was read while it did. It ends before its first NUL. 0 or an errno value: ENODATA
+  /// when the device ends too early or is no metrics disk, EFBIG for a document beyond the limit;
+  /// it is empty then.
   int read(std::string& document);
 
  private:

@@ -180,6 +180,34 @@ TEST_F(MetricsDisk, ThatIsBrokenIsTold) {
   EXPECT_THAT(trace.take(), HasSubstr("): Opening /sys/block failed\nOS[002]: `No such file"));
 }
 
+// Its host never ends writing, as everybody can say who may write to a disk.
+TEST_F(MetricsDisk, ThatIsBusyForEverIsGivenUp) {
+  const LoopDevice busy(header(1, 1, 4) + std::string(4080, '#'));
+  const LoopDevice right(disk("figures"));
+  add("a-busy", busy.number());
+  CapturedTrace trace(trace::kWarning);
+  ForkedCalls calls("");
+  EXPECT_FALSE(read(calls));
+  EXPECT_THAT(trace.take(), HasSubstr("/dev/a-busy gives no answer"));
+  add("b-right", right.number());
+  EXPECT_TRUE(read(calls));
+  EXPECT_EQ(document, "figures");
+}
+
+TEST_F(MetricsDisk, ThatTheGuestCannotWriteComesFirst) {
+  const LoopDevice forged(disk("forged"));
+  constexpr bool kReadOnly = true;
+  const LoopDevice broken(disk(text(6'000)).substr(0, 4'096), 512, kReadOnly);
+  const LoopDevice real(disk("real"), 512, kReadOnly);
+  add("a-forged", forged.number());
+  add("b-broken", broken.number());
+  add("c-real", real.number());
+  CapturedTrace trace(trace::kError);
+  EXPECT_TRUE(read());
+  EXPECT_EQ(document, "real");
+  EXPECT_THAT(trace.take(), HasSubstr("Can't read /dev/b-broken"));
+}
+
 // Documents of one letter each: a mixture would show.
 TEST_F(MetricsDisk, IsReadWhileItsHostWrites) {
   constexpr std::uint32_t kSize = 100'000;

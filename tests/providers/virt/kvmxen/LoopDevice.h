@@ -22,7 +22,8 @@ namespace brv::test {
 /// ends: the kernel does so when its last user closes it. Needs root and the loop driver.
 class LoopDevice {
  public:
-  explicit LoopDevice(std::string_view content, std::uint32_t blockSize = 512)
+  explicit LoopDevice(std::string_view content, std::uint32_t blockSize = 512,
+                      bool readOnly = false)
       : m_content(::memfd_create("disk", MFD_CLOEXEC)) {
     waitForOtherTests();
     write(content, 0);
@@ -35,6 +36,7 @@ class LoopDevice {
       config.fd = static_cast<std::uint32_t>(m_content.get());
       config.block_size = blockSize;
       config.info.lo_flags = LO_FLAGS_AUTOCLEAR;
+      if (readOnly) config.info.lo_flags |= LO_FLAGS_READ_ONLY;
       if (device.get() < 0 || ::ioctl(device.get(), LOOP_CONFIGURE, &config) != 0) continue;
       m_number = number;
       m_device = std::move(device);
