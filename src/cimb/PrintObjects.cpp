@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimb/PrintObjects.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cimb/CommandLine.h"
+#include "runtime/VisibleText.h"
 
 namespace brv {
 
@@ -92,6 +96,27 @@ Append chosenLayout() {
   return appendListing;
 }
 
+Text visible(const Text& text) {
+  return findControlCharacter(text.view()) == std::string_view::npos
+             ? text
+             : Text(visibleText(text.view()));
+}
+
+// Appends what a terminal may show of `object` and its members. Not recursive: trees may be deep.
+void addVisible(const CIMObject& object, CIMObject& copy) {
+  std::vector<std::pair<const CIMObject*, CIMObject*>> waiting{{&object, &copy}};
+  while (!waiting.empty()) {
+    const auto [source, target] = waiting.back();
+    waiting.pop_back();
+    target->reserve(source->GetCurrentSize());
+    for (const CIMObject::Entry& entry : source->properties())
+      target->Add(visible(entry.name), visible(entry.value), visible(entry.type),
+                  visible(entry.description));
+    for (const CIMObject& member : source->GetMembers())
+      waiting.emplace_back(&member, &target->GetMembers().emplace(member.flags()));
+  }
+}
+
 bool write(std::FILE* stream, const std::string& text) {
   return std::fwrite(text.data(), 1, text.size(), stream) == text.size();
 }
@@ -100,10 +125,18 @@ bool write(std::FILE* stream, const std::string& text) {
 
 int PrintObjects(const List<CIMObject>& objects, std::FILE* stream) {
   const Append append = chosenLayout();
+  // What JSON does to control characters is the same everywhere.
+  const bool terminal = append != appendJSON && isatty(fileno(stream)) == 1;
   std::string batch;
   bool first = true;
   for (const CIMObject& object : objects) {
-    append(batch, object, first);
+    if (terminal) {
+      CIMObject copy(object.flags());
+      addVisible(object, copy);
+      append(batch, copy, first);
+    } else {
+      append(batch, object, first);
+    }
     first = false;
     if (batch.size() < kBatch) continue;
     if (!write(stream, batch)) return errno;

@@ -8,8 +8,9 @@
 
 namespace brv {
 
-/// Prints the objects in order in the layout that g_params chooses, and flushes the stream. 0, or
-/// the errno value of the first write that failed; nothing more is printed then.
+/// Prints the objects in order in the layout that g_params chooses, and flushes the stream. On a
+/// terminal all layouts but JSON show the control characters of a text as `\xHH`. 0, or the errno
+/// value of the first write that failed; nothing more is printed then.
 int PrintObjects(const List<CIMObject>& objects, std::FILE* stream = stdout);
 
 }  // namespace brv

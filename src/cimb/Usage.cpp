@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimb/Usage.h"
 
+#include <algorithm>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "runtime/VisibleText.h"
 
 namespace brv {
 
@@ -60,18 +66,29 @@ constexpr char kUsage[] =
     "            This help text\n"
     "\n";
 
+// The message is not ours alone: an argument, a name or a provider's text is part of it.
+void print(const char* head, std::string_view message, const char* tail) {
+  const VisibleLine line(message);
+  std::fprintf(stderr, "%s%.*s%s", head, static_cast<int>(line.view().size()), line.view().data(),
+               tail);
+}
+
 }  // namespace
 
 void PrintUsageHint(const char* format, ...) {
-  if (format == nullptr) {
-    std::fputs("Invalid usage.", stderr);
-  } else {
+  std::string message = "Invalid usage.";
+  if (format != nullptr) {
     va_list arguments;
+    va_list again;
     va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
+    va_copy(again, arguments);
+    const int size = std::vsnprintf(nullptr, 0, format, arguments);
+    message.resize(static_cast<std::size_t>(std::max(size, 0)));
+    std::vsnprintf(message.data(), message.size() + 1, format, again);
+    va_end(again);
     va_end(arguments);
   }
-  std::fputs("\nTry 'brvcimb -help' for more information.\n", stderr);
+  print("", message, "\nTry 'brvcimb -help' for more information.\n");
 }
 
 void PrintUsage() {
@@ -79,7 +96,7 @@ void PrintUsage() {
 }
 
 void PrintError(const char* text) {
-  std::fprintf(stderr, "Error: %s\n", text);
+  print("Error: ", text, "\n");
 }
 
 }  // namespace brv

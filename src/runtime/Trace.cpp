@@ -11,6 +11,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "runtime/VisibleText.h"
+
 namespace brv::trace {
 
 namespace detail {
@@ -32,16 +34,15 @@ class CancellationHeld {
   int m_before = 0;
 };
 
-void writeAll(const char* text, std::size_t size) {
+void writeAll(std::string_view text) {
   const CancellationHeld held;
-  while (size > 0) {
-    const ssize_t written = ::write(STDERR_FILENO, text, size);
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
     if (written < 0) {
       if (errno == EINTR) continue;
       return;  // nobody reads the trace; there is nowhere left to say so
     }
-    text += written;
-    size -= static_cast<std::size_t>(written);
+    text.remove_prefix(static_cast<std::size_t>(written));
   }
 }
 
@@ -78,7 +79,8 @@ void writeAll(const char* text, std::size_t size) {
         std::snprintf(text + size, capacity - size - 1, "%s%s", *suffix ? ": " : "", suffix);
     size = tail > 0 ? std::strlen(text) : size;
     text[size++] = '\n';
-    writeAll(text, size);
+    const VisibleLine visible({text, size});
+    writeAll(visible.view());
   }
   va_end(again);
   std::free(heap);

@@ -36,8 +36,9 @@ inline bool enabled(int level) {
 /// The name of the unit that a source path belongs to: its last part without extension.
 std::string_view unitName(std::string_view file);
 
-/// Writes one line; a missing newline at the end is added. `file` is a source path, of which the
-/// unit's name is shown. Never throws; `errno` is kept.
+/// Writes one line; a missing newline at the end is added, and control characters within it are
+/// shown as VisibleLine does, since names and values of others are part of most texts. `file` is a
+/// source path, of which the unit's name is shown. Never throws; `errno` is kept.
 [[gnu::format(printf, 4, 5)]] void write(Level level, const char* file, int line,
                                          const char* format, ...) noexcept;
 

@@ -290,6 +290,50 @@ TEST(CommandLine, TimeStampsAreNowInTheSystemsZone) {
   }
 }
 
+// A name on the command line and a folder's are others' texts, which a terminal must not obey; in
+// files they are what they are.
+TEST(CommandLine, TerminalsAndMessagesHaveNoControlCharacters) {
+  const TemporaryFolder folder;
+  const std::string name = "a\n\x1B[2J\xC2\x9B";
+  const std::string shown = "a\\x0A\\x1B[2J\\xC2\\x9B";
+  const std::filesystem::path library = folder.path() / name / "libcmpiOSBase_NFSProvider.so";
+  std::filesystem::create_directory(library.parent_path());
+  std::filesystem::copy_file(PROVIDERS_BEHAVIOUR, library);
+  ProgramRun run = onHost("small-vm", "-enumi -c");
+  run.arguments.push_back(name);
+  EXPECT_EQ(runProgram(run).error,
+            "Error: No provider found for class '" + shown + "', namespace 'root/cimv2'\n");
+  run.arguments = {"-" + name};
+  EXPECT_EQ(runProgram(run).error,
+            "Unknown argument -" + shown + "\nTry 'brvcimb -help' for more information.\n");
+
+  const std::string before = folder.path().string() + '/';
+  const std::string after = "/libcmpiOSBase_NFSProvider.so";
+  run.environment.push_back("LD_LIBRARY_PATH=" + (folder.path() / name).string());
+  for (const std::string layout : {"", "tree", "flat", "table", "json"}) {
+    SCOPED_TRACE(layout);
+    run.arguments = {"-provider"};
+    if (!layout.empty()) run.arguments.insert(run.arguments.end(), {"-format", layout});
+    run.output = Output::kCaptured;
+    const ProgramResult file = runProgram(run);
+    run.output = Output::kTerminal;
+    const ProgramResult terminal = runProgram(run);
+    EXPECT_EQ(terminal.status, 0);
+    EXPECT_THAT(terminal.error, Not(HasSubstr("\x1B")));
+    if (layout == "json") {
+      EXPECT_EQ(terminal.output, file.output);
+      continue;
+    }
+    const bool escaped = layout == "tree" || layout == "flat";
+    const std::string inFile = escaped ? "a\\\n\x1B[2J\xC2\x9B" : name;
+    const std::size_t at = file.output.find(before + inFile + after);
+    ASSERT_NE(at, std::string::npos) << file.output;
+    std::string expected = file.output;
+    expected.replace(at + before.size(), inFile.size(), shown);
+    EXPECT_EQ(firstDifference(expected, terminal.output), "");
+  }
+}
+
 TEST(CommandLine, ResultsThatCannotBeWrittenAreAnError) {
   struct Sink {
     Output output;

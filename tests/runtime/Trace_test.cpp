@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "runtime/Trace.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace brv {
 namespace {
@@ -40,6 +43,46 @@ TEST(Trace, LineShowsLevelUnitAndLine) {
   int evaluated = 0;  // the arguments of a level that is off
   traced(1, [&] { BRV_TRACE(kWarning, "%d", ++evaluated); });
   EXPECT_EQ(evaluated, 0);
+}
+
+// Names and values of others are part of most lines, and none makes two lines of one or is obeyed
+// by a terminal.
+TEST(Trace, ControlCharactersAreShown) {
+  const struct {
+    std::string text;
+    std::string shown;
+  } kCases[] = {{"a\nE U:7 b\n\n", "a\\x0AE U:7 b"},
+                {"\x1B[2J\t\x7F\r", "\\x1B[2J\\x09\\x7F\\x0D"},
+                {"\xC2\x9B\xC2\xA0\xC3\x9B", "\\xC2\\x9B\xC2\xA0\xC3\x9B"},
+                {"\x9B\xE9 \xE2\x82", "\\x9B\xE9 \xE2\\x82"},
+                {std::string(1000, '\x01'), [] {
+                   std::string shown;
+                   for (int i = 0; i < 1000; ++i) shown += "\\x01";
+                   return shown;
+                 }()}};
+  for (const auto& [text, shown] : kCases) {
+    EXPECT_EQ(traced(1, [&] { trace::write(trace::kError, "U", 7, "%s\n", text.c_str()); }),
+              "E U:7 " + shown + '\n');
+    EXPECT_EQ(
+        traced(1, [&] { trace::writeSystemError(trace::kError, "U", 7, EIO, "%s", text.c_str()); }),
+        "E U:7 " + shown + ": Input/output error\n");
+  }
+}
+
+TEST(Trace, LinesThatCannotBeWrittenKeepErrno) {
+  const int kept = ::dup(STDERR_FILENO);
+  const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+  ASSERT_GE(::dup2(full, STDERR_FILENO), 0);
+  errno = ERANGE;
+  trace::write(trace::kError, "U", 7, "text");
+  const int afterLine = std::exchange(errno, ERANGE);
+  trace::writeSystemError(trace::kError, "U", 7, EIO, "text");
+  const int afterError = errno;
+  ::dup2(kept, STDERR_FILENO);
+  ::close(kept);
+  ::close(full);
+  EXPECT_EQ(afterLine, ERANGE);
+  EXPECT_EQ(afterError, ERANGE);
 }
 
 // Around the size of the buffer on the stack nothing may be lost, and errno is the caller's.

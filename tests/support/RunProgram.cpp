@@ -6,6 +6,7 @@
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -14,6 +15,7 @@
 #include <fstream>
 #include <iterator>
 #include <thread>
+#include <utility>
 
 namespace brv::test {
 
@@ -35,6 +37,53 @@ class Sink {
 
  private:
   const int m_file;
+};
+
+// A terminal that changes nothing of what is written to it.
+class Terminal {
+ public:
+  explicit Terminal(bool wanted) {
+    if (!wanted) return;
+    m_screen = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (m_screen < 0 || ::grantpt(m_screen) != 0 || ::unlockpt(m_screen) != 0) std::abort();
+    m_device = ::open(::ptsname(m_screen), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios settings{};
+    if (m_device < 0 || ::tcgetattr(m_device, &settings) != 0) std::abort();
+    ::cfmakeraw(&settings);
+    if (::tcsetattr(m_device, TCSANOW, &settings) != 0) std::abort();
+  }
+  ~Terminal() {
+    if (m_screen < 0) return;
+    text();
+    ::close(m_screen);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  int number() const { return m_device; }
+  /// To be called once the program has been started: reads as it writes, since a terminal takes no
+  /// more than a few kilobytes, until it closes its end.
+  void read() {
+    if (m_screen < 0) return;
+    ::close(std::exchange(m_device, -1));
+    m_reader = std::thread([this] {
+      char buffer[4096];
+      for (ssize_t size = 0; (size = ::read(m_screen, buffer, sizeof(buffer))) > 0;)
+        m_text.append(buffer, static_cast<std::size_t>(size));
+    });
+  }
+  /// To be called once the program has ended.
+  std::string text() {
+    if (m_device >= 0) ::close(std::exchange(m_device, -1));
+    if (m_reader.joinable()) m_reader.join();
+    return m_text;
+  }
+
+ private:
+  int m_screen = -1;
+  int m_device = -1;
+  std::thread m_reader;
+  std::string m_text;
 };
 
 int exitStatus(pid_t child, Clock::time_point deadline) {
@@ -68,6 +117,7 @@ std::vector<std::string> environmentOf(const ProgramRun& run) {
 ProgramResult runProgram(const ProgramRun& run) {
   const Sink output;
   const Sink error;
+  Terminal terminal(run.output == Output::kTerminal);
   int nobodyReading[2];
   if (::pipe2(nobodyReading, O_CLOEXEC) != 0) std::abort();
   ::close(nobodyReading[0]);
@@ -79,6 +129,8 @@ ProgramResult runProgram(const ProgramRun& run) {
     posix_spawn_file_actions_addclose(&actions, STDOUT_FILENO);
   else if (run.output == Output::kFullDisk)
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/full", O_WRONLY, 0);
+  else if (run.output == Output::kTerminal)
+    posix_spawn_file_actions_adddup2(&actions, terminal.number(), STDOUT_FILENO);
   else
     posix_spawn_file_actions_adddup2(
         &actions, run.output == Output::kNobodyReading ? nobodyReading[1] : output.number(),
@@ -105,9 +157,10 @@ ProgramResult runProgram(const ProgramRun& run) {
   posix_spawn_file_actions_destroy(&actions);
 
   ::close(nobodyReading[1]);
+  terminal.read();
   if (failed != 0) return {-1, "", run.program + ": " + std::strerror(failed)};
   const int status = exitStatus(child, deadline);
-  return {status, output.text(), error.text()};
+  return {status, run.output == Output::kTerminal ? terminal.text() : output.text(), error.text()};
 }
 
 TemporaryFolder::TemporaryFolder() {

@@ -14,6 +14,7 @@ enum class Output {
   kCaptured,
   kClosed,        ///< no descriptor 1 at all
   kFullDisk,      ///< /dev/full
+  kTerminal,      ///< captured as well
   kNobodyReading  ///< a pipe whose other end is closed
 };
 

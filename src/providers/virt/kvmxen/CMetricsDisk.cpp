@@ -43,7 +43,7 @@ void errout(trace::Level level, const char* what, const std::string& path, int e
   std::string text = what;
   text.replace(text.find("%s"), 2, path);
   const char* slash = std::strrchr(place.file, '/');
-  trace::write(level, place.file, place.line, "ERROR (%s/%d): %s\nOS[%03d]: `%s'\n",
+  trace::write(level, place.file, place.line, "ERROR (%s/%d): %s: OS[%03d]: `%s'\n",
                slash != nullptr ? slash + 1 : place.file, place.line, text.c_str(), error,
                std::strerror(error));
 }

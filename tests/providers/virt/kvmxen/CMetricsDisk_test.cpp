@@ -171,13 +171,13 @@ TEST_F(MetricsDisk, ThatIsBrokenIsTold) {
     EXPECT_EQ(document, "");
     const std::string text = trace.take();
     EXPECT_THAT(text, HasSubstr("ERROR (CMetricsDisk.cpp/"));
-    EXPECT_THAT(text, HasSubstr(std::string("): Can't read /dev/mvb\n") + told));
+    EXPECT_THAT(text, HasSubstr(std::string("): Can't read /dev/mvb: ") + told));
     loop.write(header(0, 1, UINT32_MAX), 0);
   }
   CapturedTrace trace(trace::kWarning);
   std::filesystem::remove_all(m_folder.path() / "sys");
   EXPECT_FALSE(read());
-  EXPECT_THAT(trace.take(), HasSubstr("): Opening /sys/block failed\nOS[002]: `No such file"));
+  EXPECT_THAT(trace.take(), HasSubstr("): Opening /sys/block failed: OS[002]: `No such file"));
 }
 
 // Its host never ends writing, as everybody can say who may write to a disk.
