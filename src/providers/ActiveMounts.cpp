@@ -36,10 +36,41 @@ bool readerMayBlock(const HostFiles& files) {
 
 }  // namespace
 
-std::optional<std::uint64_t> bytesOf(std::uint64_t blocks, const struct statvfs& figures) {
-  std::uint64_t bytes = 0;
-  if (__builtin_mul_overflow(blocks, std::uint64_t{figures.f_frsize}, &bytes)) return std::nullopt;
-  return bytes;
+FileSystemFigures readFigures(const struct statvfs& figures, const char* mountPoint) {
+  using Number = std::optional<std::uint64_t>;
+  // `part` where there is no more of it than of `whole`.
+  const auto within = [mountPoint](const char* what, std::uint64_t part, std::uint64_t whole) {
+    if (part <= whole) return Number(part);
+    BRV_TRACE(kWarning, "The %s of %s make no sense: %llu of %llu\n", what, mountPoint,
+              static_cast<unsigned long long>(part), static_cast<unsigned long long>(whole));
+    return Number();
+  };
+  const auto bytes = [&](const char* what, const Number& blocks) {
+    std::uint64_t product = 0;
+    if (!blocks) return Number();
+    if (!__builtin_mul_overflow(*blocks, std::uint64_t{figures.f_frsize}, &product))
+      return Number(product);
+    BRV_TRACE(kWarning, "The %s of %s make no sense: %llu blocks of %lu bytes\n", what, mountPoint,
+              static_cast<unsigned long long>(*blocks), figures.f_frsize);
+    return Number();
+  };
+  const auto difference = [](std::uint64_t whole, const Number& part) {
+    return part ? Number(whole - *part) : std::nullopt;
+  };
+  FileSystemFigures out;
+  const Number free = within("free blocks", figures.f_bfree, figures.f_blocks);
+  const Number available = within("available blocks", figures.f_bavail, figures.f_blocks);
+  out.size = bytes("blocks", figures.f_blocks);
+  out.available = bytes("available blocks", available);
+  if (free && available)
+    out.reserved =
+        bytes("reserved blocks",
+              difference(*free, within("blocks available of those free", *available, *free)));
+  if (figures.f_files == 0) return out;
+  out.inodes = figures.f_files;
+  out.freeInodes = within("free inodes", figures.f_ffree, figures.f_files);
+  out.usedInodes = difference(figures.f_files, out.freeInodes);
+  return out;
 }
 
 int ActiveMounts::read() {
@@ -130,12 +161,14 @@ std::vector<ActiveMounts::Measured> ActiveMounts::measure(BoundedCalls& calls,
       BRV_TRACE_ERRNO(kWarning, info.error,
                       "Failed to get file system statistics from %s mounted on %s", mount.device,
                       mount.mountPoint);
-    } else if (bytesOf(info.figures.f_blocks, info.figures) == 0U) {
+    } else if (info.figures.f_blocks == 0 || info.figures.f_frsize == 0) {
       BRV_TRACE(kDetail, "Ignoring zero size file system %s mounted on %s\n", mount.device,
                 mount.mountPoint);
       continue;
     }
-    measured.push_back({&mount, info});
+    measured.push_back(
+        {&mount, info,
+         info.error == 0 ? readFigures(info.figures, mount.mountPoint) : FileSystemFigures()});
   }
   return measured;
 }

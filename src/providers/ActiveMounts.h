@@ -16,6 +16,20 @@
 
 namespace brv {
 
+/// What a file system says of itself, as far as it can be. No inodes: its type has none.
+struct FileSystemFigures {
+  std::optional<std::uint64_t> size;       ///< bytes
+  std::optional<std::uint64_t> available;  ///< likewise
+  std::optional<std::uint64_t> reserved;   ///< likewise; free, but for root alone
+  std::optional<std::uint64_t> inodes;
+  std::optional<std::uint64_t> freeInodes;
+  std::optional<std::uint64_t> usedInodes;
+};
+
+/// A figure beyond the one that it is a part of, or beyond 64 bits, is missing, which is traced
+/// with `mountPoint`: a server or a driver made it up.
+FileSystemFigures readFigures(const struct statvfs& figures, const char* mountPoint);
+
 /// The mounts of the host, which of them are in force, and their figures. Metrics and inventory
 /// both ask here, so they report the same file systems.
 ///
@@ -29,6 +43,7 @@ class ActiveMounts {
   struct Measured {
     const Mount* mount;  ///< valid as long as the ActiveMounts
     FileSystemInfo info;
+    FileSystemFigures figures;  ///< empty where `info` is an error
   };
 
   /// What messages call the mount table.
@@ -63,8 +78,5 @@ class ActiveMounts {
   MountTable m_table;
   std::unordered_map<std::string_view, const Mount*> m_top;  // by mount point
 };
-
-/// `blocks` of a file system in bytes; absent when that is beyond 64 bits.
-std::optional<std::uint64_t> bytesOf(std::uint64_t blocks, const struct statvfs& figures);
 
 }  // namespace brv

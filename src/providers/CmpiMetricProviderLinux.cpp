@@ -143,12 +143,9 @@ constexpr Figure<NetDev> kNetworkFigures[] = {
     {Net_Collisions, [](const NetDev& net) -> CmpiData { return net.collisions; }},
 };
 
-using FileSystem = struct statvfs;
-
-constexpr Figure<FileSystem> kFileSystemFigures[] = {
-    {FS_Size, [](const FileSystem& fs) { return optionalData(bytesOf(fs.f_blocks, fs)); }},
-    {FS_AvailableSpace,
-     [](const FileSystem& fs) { return optionalData(bytesOf(fs.f_bavail, fs)); }},
+constexpr Figure<FileSystemFigures> kFileSystemFigures[] = {
+    {FS_Size, [](const FileSystemFigures& fs) { return optionalData(fs.size); }},
+    {FS_AvailableSpace, [](const FileSystemFigures& fs) { return optionalData(fs.available); }},
 };
 
 using IdSet = std::bitset<static_cast<std::size_t>(End)>;
@@ -397,8 +394,8 @@ void CmpiMetricProviderLinux::getFsStat(const CmpiContext&, CmpiList& out) {
     return SkipFileSystem(mount.device, mount.mountPoint, mount.type) != 0;
   };
   Values values(out);
-  for (const auto& [mount, info] : mounts.measure(m_calls, skip))
-    if (info.error == 0) values.add(kFileSystemFigures, info.figures, mount->mountPoint);
+  for (const auto& [mount, info, figures] : mounts.measure(m_calls, skip))
+    values.add(kFileSystemFigures, figures, mount->mountPoint);
 }
 
 }  // namespace brv

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <string>
 
+#include "providers/CapturedTrace.h"
 #include "support/RunProgram.h"
 
 namespace brv {
@@ -76,12 +77,42 @@ TEST(ActiveMounts, DevicesHaveTheirNumbers) {
             "/net 0:41\n/n t 0:42\n/gone \n");
 }
 
-TEST(ActiveMounts, FiguresBeyond64BitsAreAbsent) {
-  struct statvfs figures {};
-  figures.f_frsize = 4096;
-  EXPECT_EQ(bytesOf(3, figures), 12288U);
-  EXPECT_EQ(bytesOf(UINT64_MAX / 4096, figures), UINT64_MAX - 4095);
-  EXPECT_EQ(bytesOf(UINT64_MAX / 4096 + 1, figures), std::nullopt);
+// A part that is more than its whole, or beyond 64 bits, was made up by whoever answered.
+TEST(ActiveMounts, FiguresThatMakeNoSenseAreAbsent) {
+  constexpr std::uint64_t kMost = UINT64_MAX / 4096;
+  const struct {
+    std::uint64_t blocks, free, available, files, freeFiles;
+    const char* figures;  // size available reserved, inodes free used
+    const char* trace;
+  } kCases[] = {
+      {10, 5, 3, 9, 2, "40960 12288 8192 9 2 7 ", ""},
+      {10, 5, 5, 0, 0, "40960 20480 0 - - - ", ""},
+      {10, 5, 6, 9, 9, "40960 24576 - 9 9 0 ",
+       "blocks available of those free of /a make no sense"},
+      {10, 11, 5, 9, 10, "40960 20480 - 9 - - ", "free inodes of /a make no sense: 10 of 9\n"},
+      {10, 5, UINT64_MAX, 1, 0, "40960 - - 1 0 1 ", "available blocks of /a make no sense"},
+      {kMost, kMost, 0, 0, 1, "18446744073709547520 0 18446744073709547520 - - - ", ""},
+      {kMost + 1, 1, 1, 0, 0, "- 4096 0 - - - ", "blocks of /a make no sense"},
+  };
+  for (const auto& c : kCases) {
+    struct statvfs answer {};
+    answer.f_frsize = 4096;
+    answer.f_blocks = c.blocks;
+    answer.f_bfree = c.free;
+    answer.f_bavail = c.available;
+    answer.f_files = c.files;
+    answer.f_ffree = c.freeFiles;
+    test::CapturedTrace trace(trace::kWarning);
+    const FileSystemFigures read = readFigures(answer, "/a");
+    const std::string traced = trace.take();
+    std::string figures;
+    for (const auto& figure :
+         {read.size, read.available, read.reserved, read.inodes, read.freeInodes, read.usedInodes})
+      figures += (figure ? std::to_string(*figure) : "-") + " ";
+    EXPECT_EQ(figures, c.figures);
+    EXPECT_NE(traced.find(c.trace), std::string::npos) << traced;
+    EXPECT_EQ(traced.empty(), std::string_view(c.trace).empty()) << traced;
+  }
 }
 
 }  // namespace

@@ -25,12 +25,6 @@ constexpr std::uint16_t kOk = 2;
 constexpr std::uint16_t kError = 6;
 constexpr std::uint16_t kNoContact = 12;
 
-using Number = std::optional<std::uint64_t>;
-
-Number difference(std::uint64_t a, std::uint64_t b) {
-  return a < b ? std::nullopt : Number(a - b);
-}
-
 void writeStatus(PropertyWriter& writer, int error) {
   const std::uint16_t status = error == 0                           ? kOk
                                : error == FileSystemInfo::kNoAnswer ? kNoContact
@@ -42,29 +36,22 @@ void writeStatus(PropertyWriter& writer, int error) {
   writer.texts("StatusDescriptions", std::span(&text, text.empty() ? 0 : 1));
 }
 
-void writeFigures(PropertyWriter& writer, const struct statvfs* figures) {
-  Number size, available, reserved, block, inodes, freeInodes, used;
+void writeFigures(PropertyWriter& writer, const struct statvfs* figures,
+                  const FileSystemFigures& read) {
+  std::optional<std::uint64_t> block;
   std::optional<std::uint32_t> nameLength;
   if (figures != nullptr) {
-    size = bytesOf(figures->f_blocks, *figures);
-    available = bytesOf(figures->f_bavail, *figures);
-    reserved = bytesOf(difference(figures->f_bfree, figures->f_bavail).value_or(0), *figures);
     block = figures->f_bsize;
-    if (figures->f_files != 0) {
-      inodes = figures->f_files;
-      freeInodes = figures->f_ffree;
-      used = difference(*inodes, *freeInodes);
-    }
     if (figures->f_namemax <= std::numeric_limits<std::uint32_t>::max())
       nameLength = static_cast<std::uint32_t>(figures->f_namemax);
   }
-  writer.number("FileSystemSize", size);
-  writer.number("AvailableSpace", available);
-  writer.number("FSReservedCapacity", reserved);
+  writer.number("FileSystemSize", read.size);
+  writer.number("AvailableSpace", read.available);
+  writer.number("FSReservedCapacity", read.reserved);
   writer.number("BlockSize", block);
-  writer.number("TotalInodes", inodes);
-  writer.number("FreeInodes", freeInodes);
-  writer.number("NumberOfFiles", used);
+  writer.number("TotalInodes", read.inodes);
+  writer.number("FreeInodes", read.freeInodes);
+  writer.number("NumberOfFiles", read.usedInodes);
   writer.number("MaxFileNameLength", nameLength);
 }
 
@@ -97,7 +84,7 @@ void CmpiOLMODDataProviderLinux::enumFileSystems(CmpiResult& result) {
   };
   DiskLinks links(files());
   PropertyWriter writer(PropertyWriter::Absent::kNull);
-  for (const auto& [mount, info] : mounts.measure(host().calls, skip)) {
+  for (const auto& [mount, info, read] : mounts.measure(host().calls, skip)) {
     const struct statvfs* const figures = info.error == 0 ? &info.figures : nullptr;
     const MountOptions options = readMountOptions(mount->options, mount->type);
     writer.begin(createFSInstance(mount->mountPoint, mount->device));
@@ -108,7 +95,7 @@ void CmpiOLMODDataProviderLinux::enumFileSystems(CmpiResult& result) {
     writer.number("PersistenceType",
                   std::optional(static_cast<std::uint16_t>(persistenceOf(mount->type))));
     writeStatus(writer, info.error);
-    writeFigures(writer, figures);
+    writeFigures(writer, figures, read);
     writeOrigin(writer, *mount, options, links);
     result.returnData(writer.instance());
   }

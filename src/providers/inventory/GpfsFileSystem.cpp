@@ -145,12 +145,10 @@ void writeMount(PropertyWriter& writer, bool known, const ActiveMounts::Mount* m
                 const FileSystemInfo* info) {
   writer.boolean("Mounted", known ? std::optional(mount != nullptr) : std::nullopt);
   writer.name("Root", mount != nullptr ? mount->mountPoint : "");
-  const bool answered = info != nullptr && info->error == 0;
-  const auto bytes = [&](fsblkcnt_t statvfs::*blocks) {
-    return answered ? bytesOf(info->figures.*blocks, info->figures) : std::nullopt;
-  };
-  writer.number("FileSystemSize", bytes(&statvfs::f_blocks));
-  writer.number("AvailableSpace", bytes(&statvfs::f_bavail));
+  FileSystemFigures figures;
+  if (info != nullptr && info->error == 0) figures = readFigures(info->figures, mount->mountPoint);
+  writer.number("FileSystemSize", figures.size);
+  writer.number("AvailableSpace", figures.available);
 }
 
 void writeAttributes(PropertyWriter& writer, const GpfsFileSystem& fileSystem) {
