@@ -50,6 +50,10 @@ std::size_t optionSize(std::string_view options, bool& quotes) {
   return at;
 }
 
+std::size_t count(std::string_view text, char c) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), c));
+}
+
 bool isSecret(std::string_view name) {
   for (const std::string_view secret : {"password", "password2", "pass", "secret", "credentials"})
     if (equalsIgnoringCase(name, secret)) return true;
@@ -136,6 +140,9 @@ MountOptions readMountOptions(std::string_view options, std::string_view fileSys
 std::string withoutSecrets(std::string_view options) {
   std::string out;
   out.reserve(options.size());
+  // A mark pairs with the next one, wherever that is: the one without a partner is the last.
+  const bool unbalanced = count(options, '"') % 2 != 0;
+  if (unbalanced) options = options.substr(0, options.rfind('"'));
   bool quotes = true;
   while (!options.empty()) {
     std::size_t size = optionSize(options, quotes);
@@ -143,7 +150,12 @@ std::string withoutSecrets(std::string_view options) {
     if (const std::size_t equals = findSecret(option); equals != std::string_view::npos) {
       while (options.substr(size, 2) == ",,")
         size += 2 + optionSize(options.substr(size + 2), quotes);
-      out.append(option.substr(0, equals)).append("=***");
+      // Never half of a pair, which would find a partner in what follows.
+      const std::string_view head = option.substr(0, equals);
+      if (count(head, '"') % 2 != 0)
+        out.append(head.substr(0, head.rfind('"'))).append("\"***\"");
+      else
+        out.append(head).append("=***");
     } else {
       out.append(option);
     }
@@ -152,6 +164,7 @@ std::string withoutSecrets(std::string_view options) {
     out.append(",");
     options.remove_prefix(1);
   }
+  if (unbalanced) out.append("\"***");
   return out;
 }
 

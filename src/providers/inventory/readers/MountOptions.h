@@ -35,7 +35,8 @@ struct MountOptions {
 MountOptions readMountOptions(std::string_view options, std::string_view fileSystemType);
 
 /// The options with "***" in the place of passwords and names of files with passwords. Two commas
-/// in a row belong to a password: that is how SMB writes a comma in one.
+/// in a row belong to a password: that is how SMB writes a comma in one. After a quotation mark
+/// without a partner nobody can tell where the option ends, so all of the rest is "***".
 std::string withoutSecrets(std::string_view options);
 
 /// Who serves a mount, from its device: "server:/path", "[fe80::1]:/path" (the brackets stay), or

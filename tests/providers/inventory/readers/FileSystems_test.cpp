@@ -91,12 +91,18 @@ TEST(MountOptions, SecretsAreHidden) {
                 {"pass=a,,b,,,ro", "pass=***,ro"},
                 {"pass=a,,b,,ro", "pass=***"},
                 {R"(Secret="a,b",credentials=/etc/c)", "Secret=***,credentials=***"},
-                {R"(pass=a"b,ro)", "pass=***,ro"},
+                {R"(pass=a"b,ro)", R"(pass=***"***)"},
+                {R"(rw,user=a"b,password=c,ro)", R"(rw,user=a"***)"},
+                {R"(a="b,c",d"e,pass=f)", R"(a="b,c",d"***)"},
                 {"password2=\\054x,", "password2=***,"},
                 {"password,pass=,passive=1,,ro", "password,pass=***,passive=1,,ro"},
                 {"", ""},
-                {R"(user=a"b,password=x,domain=c"d,rw)", R"(user=a"b,password=***,rw)"}};
-  for (const auto& [options, shown] : kCases) EXPECT_EQ(withoutSecrets(options), shown);
+                {R"(user=a"b,password=x,domain=c"d,rw)", R"(user=a"***",rw)"},
+                {R"(",pass=z,",a",b)", R"("***",a"***)"}};
+  for (const auto& [options, shown] : kCases) {
+    EXPECT_EQ(withoutSecrets(options), shown);
+    EXPECT_EQ(withoutSecrets(shown), shown);
+  }
 }
 
 TEST(MountOptions, TypesAndSources) {
