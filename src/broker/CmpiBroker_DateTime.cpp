@@ -21,9 +21,7 @@ CMPIStatus DateTime_Release(CMPIDateTime* record) {
 CMPIDateTime* DateTime_Clone(const CMPIDateTime* record, CMPIStatus* status) {
   return serve<CmpiBroker_DateTime, CMPIDateTime*>(
       record, status, [](CmpiBroker_DateTime& self, CMPIStatus&) {
-        return CmpiBroker_Context::getInstance()
-            .add(std::make_unique<CmpiBroker_DateTime>(self.microseconds(), self.isInterval()))
-            .record();
+        return CmpiBroker_Context::getInstance().add(self.clone()).record();
       });
 }
 
@@ -35,7 +33,7 @@ CMPIUint64 DateTime_GetBinaryFormat(const CMPIDateTime* record, CMPIStatus* stat
 CMPIString* DateTime_GetStringFormat(const CMPIDateTime* record, CMPIStatus* status) {
   return serve<CmpiBroker_DateTime, CMPIString*>(
       record, status, [](CmpiBroker_DateTime& self, CMPIStatus& outcome) -> CMPIString* {
-        Text text = CmpiBroker_DateTime::toText(self.microseconds(), self.isInterval());
+        Text text = self.text();
         if (!text.isNull()) return CmpiBroker_String::create(std::move(text));
         BRV_FAIL(outcome, CMPI_RC_ERR_FAILED, "Failed to convert datetime string '%s' to UTF8\n",
                  std::to_string(self.microseconds()).c_str());
@@ -84,6 +82,13 @@ CmpiBroker_DateTime::CmpiBroker_DateTime(const char* cimText)
     BRV_THROW(CmpiBroker_InvalidArgumentException(std::string("Invalid datetime '") +
                                                   (cimText ? cimText : "") + "'"));
   m_microseconds = static_cast<CMPIUint64>(microseconds);
+  if (CIMUtil::IsMoreThanNumber(cimText)) m_text = Text::fromChars(cimText);
+}
+
+std::unique_ptr<CmpiBroker_DateTime> CmpiBroker_DateTime::clone() const {
+  auto copy = std::make_unique<CmpiBroker_DateTime>(m_microseconds, m_interval);
+  copy->m_text = m_text;
+  return copy;
 }
 
 Text CmpiBroker_DateTime::toText(CMPIUint64 microseconds, bool interval) {

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "broker/CmpiBroker_Array.h"
 #include "broker/CmpiBroker_DateTime.h"
@@ -70,8 +72,9 @@ bool parse(std::string_view text, Number& number) {
 template <class Real>
 bool parseReal(std::string_view text, Real& number) {
   const auto real = readReal(text);
-  if (real) number = static_cast<Real>(*real);
-  return real.has_value();
+  if (!real || std::abs(*real) > std::numeric_limits<Real>::max()) return false;
+  number = static_cast<Real>(*real);
+  return true;
 }
 
 // Parses a scalar's text into `value`; false when it is no value of the type.
@@ -203,8 +206,11 @@ bool CmpiBroker_Value::set(const CMPIValue* value, CMPIType type) {
       setNull(type);
       if (dateTime != nullptr && dateTime->hdl != nullptr) {
         const CmpiBroker_DateTime& source = CmpiBroker_DateTime::from(dateTime);
-        m_content = std::uint64_t{source.microseconds()};
         m_interval = source.isInterval();
+        if (source.keptText().isNull())
+          m_content = std::uint64_t{source.microseconds()};
+        else
+          m_content = source.keptText();
       }
       return true;
     }
@@ -239,7 +245,11 @@ void CmpiBroker_Value::setText(std::string_view text, CMPIType type) {
   }
   if (simple == CMPI_dateTime) {
     std::int64_t microseconds = 0;
-    if (CIMUtil::CIMDateTimeToMicroseconds(std::string(text).c_str(), microseconds, m_interval))
+    const std::string terminated(text);
+    if (!CIMUtil::CIMDateTimeToMicroseconds(terminated.c_str(), microseconds, m_interval)) return;
+    if (CIMUtil::IsMoreThanNumber(terminated.c_str()))
+      m_content = sharedText(text);
+    else
       m_content = static_cast<std::uint64_t>(microseconds);
     return;
   }
@@ -255,10 +265,18 @@ void CmpiBroker_Value::setText(std::string_view text, CMPIType type) {
   }
 }
 
+std::unique_ptr<CmpiBroker_DateTime> CmpiBroker_Value::dateTime() const {
+  if (const Text* text = std::get_if<Text>(&m_content))
+    return std::make_unique<CmpiBroker_DateTime>(text->c_str());
+  return std::make_unique<CmpiBroker_DateTime>(std::get<std::uint64_t>(m_content), m_interval);
+}
+
 CMPIData CmpiBroker_Value::toData() const {
   CMPIData data{m_type, static_cast<CMPIValueState>(isKey() ? CMPI_keyValue : CMPI_goodValue), {}};
   if (isNull()) {
     data.state |= CMPI_nullValue;
+  } else if (m_type == CMPI_dateTime) {
+    data.value.dateTime = CmpiBroker_Context::getInstance().add(dateTime()).record();
   } else if (const Text* text = std::get_if<Text>(&m_content)) {
     data.value.string = CmpiBroker_String::create(*text);
   } else if (const auto* elements = std::get_if<std::unique_ptr<Elements>>(&m_content)) {
@@ -266,11 +284,6 @@ CMPIData CmpiBroker_Value::toData() const {
                            .add(std::make_unique<CmpiBroker_Array>(
                                static_cast<CMPIType>(m_type & kNoArray), **elements))
                            .record();
-  } else if (m_type == CMPI_dateTime) {
-    data.value.dateTime = CmpiBroker_Context::getInstance()
-                              .add(std::make_unique<CmpiBroker_DateTime>(
-                                  std::get<std::uint64_t>(m_content), m_interval))
-                              .record();
   } else {
     data.value = scalar();
   }

@@ -56,11 +56,13 @@ class CmpiBroker_Value {
   void appendText(std::string& out) const;
   CMPIValue scalar() const;
   void setScalar(const void* value, std::size_t size);
+  std::unique_ptr<class CmpiBroker_DateTime> dateTime() const;
 
   Text m_name;
   CMPIType m_type = CMPI_null;
   Qualifiers m_qualifiers = kNone;
-  bool m_interval = false;  // of a date-time, whose microseconds are the number
+  // Of a date-time, whose microseconds are the number; the text is one that says more than that.
+  bool m_interval = false;
   std::variant<std::monostate, std::uint64_t, Text, std::unique_ptr<Elements>> m_content;
 };
 

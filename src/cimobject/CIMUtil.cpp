@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <string_view>
 
+#include "runtime/Ascii.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -18,6 +20,7 @@ constexpr std::int64_t kDay = 86400;
 constexpr std::size_t kPoint = 14;
 constexpr std::size_t kMicroseconds = 15;
 constexpr std::size_t kSign = 21;
+constexpr std::size_t kLongestTraced = 80;  // bytes of a text that is none
 
 void putDigits(char* target, int count, std::int64_t value) {
   while (count > 0) {
@@ -150,31 +153,36 @@ bool isText(const char* text) {
   return text != nullptr && strnlen(text, CIMUtil::kTextLength + 1) == CIMUtil::kTextLength;
 }
 
-/// Reads digit fields of a text one after another; `good` tells whether all of them were digits.
+/// Reads the fields of a text one after another; `good` tells whether all of them made sense. What
+/// is not known is a field of "*" alone, or any digit of an interval, and counts as the least that
+/// it may be.
 struct FieldReader {
   const char* text;
+  bool anyDigitMissing;  // may be missing
   bool good = true;
 
-  std::int64_t operator()(std::size_t position, std::size_t count) {
+  std::int64_t operator()(std::size_t position, std::size_t count, std::int64_t least = 0) {
+    const std::string_view field(text + position, count);
+    if (field.find_first_not_of('*') == std::string_view::npos) return least;
     std::int64_t value = 0;
-    for (std::size_t i = position; i < position + count; ++i) {
-      if (text[i] < '0' || text[i] > '9') good = false;
-      value = value * 10 + (text[i] - '0');
+    for (const char c : field) {
+      if (!isDigit(c) && (c != '*' || !anyDigitMissing)) good = false;
+      value = value * 10 + (isDigit(c) ? c - '0' : 0);
     }
     return value;
   }
 };
 
 bool read(const char* text, std::int64_t& seconds, std::int64_t& microseconds, bool& interval) {
-  if (!isText(text)) return false;
+  if (!isText(text) || text[kPoint] == '*' || text[kSign] == '*') return false;
   interval = text[kSign] == ':';
-  FieldReader field{text};
+  FieldReader field{text, interval};
   std::int64_t days = 0;
   std::int64_t offset = 0;
   if (interval) {
     days = field(0, 8);
   } else {
-    days = daysFromCivil(field(0, 4), field(4, 2), field(6, 2));
+    days = daysFromCivil(field(0, 4), field(4, 2, 1), field(6, 2, 1));
     if (text[kSign] == '+') offset = field(kSign + 1, 3);
     if (text[kSign] == '-') offset = -field(kSign + 1, 3);
   }
@@ -183,7 +191,22 @@ bool read(const char* text, std::int64_t& seconds, std::int64_t& microseconds, b
   return field.good;
 }
 
+void traceInvalid(const char* text, const trace::Place& place = trace::Place::current()) {
+  if (!trace::enabled(trace::kError)) return;
+  if (text == nullptr)
+    trace::write(trace::kError, place.file, place.line, "Invalid argument\n");
+  else
+    trace::write(trace::kError, place.file, place.line, "Invalid argument '%.*s'\n",
+                 static_cast<int>(kLongestTraced), text);
+}
+
 }  // namespace
+
+bool CIMUtil::IsMoreThanNumber(const char* text) {
+  const std::string_view view(text);
+  return view.find('*') != std::string_view::npos || view == "00000000000000.000000+000" ||
+         view == "99991231235959.999999+000";
+}
 
 int CIMUtil::CIMDateTimeIsZero(const char* text) {
   if (text == nullptr) return 1;
@@ -234,7 +257,7 @@ int CIMUtil::CIMDateTimeToTimeval(timeval* time, const char* text) {
   std::int64_t microseconds = 0;
   bool interval = false;
   if (time == nullptr || !read(text, seconds, microseconds, interval)) {
-    BRV_TRACE(kError, "Invalid argument\n");
+    traceInvalid(text);
     return 0;
   }
   *time = {seconds, microseconds};
@@ -246,7 +269,7 @@ std::int64_t CIMUtil::CIMDateTimeIntervalToSeconds(const char* text) {
   std::int64_t microseconds = 0;
   bool interval = false;
   if (!read(text, seconds, microseconds, interval)) {
-    BRV_TRACE(kError, "Invalid argument\n");
+    traceInvalid(text);
     return -1;
   }
   return seconds;
@@ -257,7 +280,7 @@ int CIMUtil::CIMDateTimeToTm(tm* local, const char* text) {
   std::int64_t microseconds = 0;
   bool interval = false;
   if (local == nullptr || !read(text, seconds, microseconds, interval)) {
-    BRV_TRACE(kError, "Invalid argument\n");
+    traceInvalid(text);
     return 0;
   }
   const std::time_t moment = seconds;
@@ -282,7 +305,7 @@ bool CIMUtil::CIMDateTimeToMicroseconds(const char* text, std::int64_t& microsec
   std::int64_t seconds = 0;
   std::int64_t fraction = 0;
   if (!read(text, seconds, fraction, interval)) {
-    BRV_TRACE(kError, "Invalid argument\n");
+    traceInvalid(text);
     return false;
   }
   microseconds = seconds * kMicro + fraction;

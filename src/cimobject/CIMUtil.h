@@ -30,6 +30,9 @@ class CIMUtil {
   /// 1 when the text is null or empty or every character but the one at position 21 is `0` or `*`.
   /// The `.` counts like any other, so a complete text with its `.` always gives 0.
   static int CIMDateTimeIsZero(const char* text);
+  /// Whether the text, a valid one, says something that no number does, so that it has to be kept
+  /// as it is: a field of `*`, or one of the two markers for "before" and "after all times".
+  static bool IsMoreThanNumber(const char* text);
   /// 1 when the text has 25 characters and `:` at position 21.
   static int IsCIMDateTimeInterval(const char* text);
 

@@ -6,7 +6,8 @@
 
 namespace brv {
 
-/// The number that strtod() makes of all of the text; nothing when it stops before the end.
+/// The finite number that strtod() makes of all of a decimal text; nothing when it stops before the
+/// end.
 /// (std::from_chars would make the program load the mathematics library at every start.)
 std::optional<double> readReal(std::string_view text);
 

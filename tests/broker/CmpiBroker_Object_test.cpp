@@ -67,6 +67,9 @@ TEST_F(ObjectTest, TextsBecomeValuesAndTextsAgain) {
   expectValue(CMPI_sint64, "-9223372036854775808", "-9223372036854775808");
   expectValue(CMPI_dateTime, interval.c_str(), interval.c_str());
   expectValue(CMPI_dateTimeA, intervals.c_str(), intervals.c_str());
+  for (const char* const kept : {"00000000000000.000000+000", "99991231235959.999999+000",
+                                 "20240101******.******+***", "0000000101****.******:000"})
+    expectValue(CMPI_dateTime, kept, kept);
   expectValue(CMPI_booleanA, "TRUE;yes", "TRUE;FALSE");
   for (const char* const odd : {"true", "1", " TRUE "}) expectValue(CMPI_boolean, odd, "FALSE");
   expectValue(CMPI_uint32, "+5", "5");
@@ -164,6 +167,29 @@ TEST_F(ObjectTest, ResultsKeepWhatWasReturnedWhenItWasReturned) {
   EXPECT_EQ(out[4].GetCurrentSize(), 0u);
   result.getObjects(out, true);
   EXPECT_EQ(out.size(), 5u);
+}
+
+// What no number says is kept as the text that it is, in every zone and through every copy.
+TEST_F(ObjectTest, DateTimesThatAreMoreThanANumber) {
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  tzset();
+  for (const char* const text : {"00000000000000.000000+000", "99991231235959.999999+000",
+                                 "2024**********.******+***", "0000000101****.******:000"}) {
+    CmpiBroker_DateTime made(text);
+    CMPIDateTime* const copy = made.record()->ft->clone(made.record(), nullptr);
+    CmpiBroker_Value value;
+    const void* const pointer = copy;
+    ASSERT_TRUE(value.set(static_cast<const CMPIValue*>(static_cast<const void*>(&pointer)),
+                          CMPI_dateTime));
+    EXPECT_EQ(value.toText().view(), text);
+    const CMPIDateTime* const back = CmpiBroker_Value(value).toData().value.dateTime;
+    EXPECT_STREQ(static_cast<char*>(back->ft->getStringFormat(back, nullptr)->hdl), text);
+    EXPECT_EQ(back->ft->isInterval(back, nullptr) != 0, text[21] == ':');
+  }
+  CmpiBroker_DateTime plain("20240101000000.000000+000");
+  EXPECT_EQ(plain.text().view(), "20240101010000.000000+060");
+  unsetenv("TZ");
+  tzset();
 }
 
 TEST_F(ObjectTest, DateTimesHaveTheirBounds) {

@@ -108,7 +108,12 @@ TEST_F(CIMUtilTest, TextsAreRead) {
                {"20241301000060.000000+000", 1735689660, 0},
                {"20240300000000.000000+000", 1709164800, 0},
                {"20240001000000x000000x***", 1701388800, 0},
-               {"00000000000000.000000-999", -62169984000 + 999 * 60, 0}};
+               {"00000000000000.000000-999", -62169984000 + 999 * 60, 0},
+               // What is not known counts as the least that it may be.
+               {"20240101010000.******+***", 1704070800, 0},
+               {"2024**********.******+060", 1704063600, 0},
+               {"000000010101**.***005:***", 90060, 5},
+               {"0000000*******.******:000", 0, 0}};
   for (const auto& c : cases) {
     timeval time{-7, -7};
     EXPECT_EQ(CIMUtil::CIMDateTimeToTimeval(&time, c.text), 1) << c.text;
@@ -128,7 +133,8 @@ TEST_F(CIMUtilTest, HostileTextsAreBadArguments) {
         std::string bad = good;
         const bool free = i == 14 || i == 21 || (i > 21 && bad[21] == ':');
         bad[i] = wrong;
-        if (!free) texts.push_back(bad);
+        const bool unknown = wrong == '*' && (bad[21] == ':' && i != 14);
+        if (!unknown && (!free || (wrong == '*' && (i == 14 || i == 21)))) texts.push_back(bad);
       }
   for (const std::string& bad : texts) {
     timeval time{};
@@ -142,6 +148,16 @@ TEST_F(CIMUtilTest, HostileTextsAreBadArguments) {
   }
   EXPECT_EQ(CIMUtil::CIMDateTimeToTimeval(nullptr, "19700101000000.000001+000"), 0);
   EXPECT_EQ(CIMUtil::CIMDateTimeIntervalToSeconds(nullptr), -1);
+}
+
+TEST_F(CIMUtilTest, InvalidTextsAreTraced) {
+  trace::setLevel(trace::kError);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(CIMUtil::CIMDateTimeIntervalToSeconds("2024-01-01 00:00"), -1);
+  EXPECT_EQ(CIMUtil::CIMDateTimeIntervalToSeconds(nullptr), -1);
+  const std::string traced = testing::internal::GetCapturedStderr();
+  EXPECT_NE(traced.find(" Invalid argument '2024-01-01 00:00'\n"), std::string::npos) << traced;
+  EXPECT_NE(traced.find(" Invalid argument\n"), std::string::npos) << traced;
 }
 
 TEST_F(CIMUtilTest, BrokenDownTime) {
