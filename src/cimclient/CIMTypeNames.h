@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "runtime/Ascii.h"
@@ -18,6 +19,11 @@ inline std::string_view findCIMType(std::string_view text) {
     if (equalsIgnoringCase(name, text)) return name;
   return {};
 }
+
+/// A scalar's text as the objects here have it, when it is a value of the type: numbers without the
+/// blanks around them, finite and in range, "TRUE" or "FALSE". All other types, also those that
+/// nobody here knows, may be any text.
+std::optional<std::string_view> validCIMValue(std::string_view text, std::string_view type);
 
 /// A separator that stands behind every element of an array's text, also the last, so that no
 /// element and an empty one are two things. XML cannot hold it, hence no element can.

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimclient/CIMXMLFormatter.h"
 
+#include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <new>
+#include <optional>
 #include <pugixml.hpp>
 #include <utility>
 
 #include "cimclient/CIMClientError.h"
 #include "cimclient/CIMObjectPathText.h"
 #include "cimclient/CIMTypeNames.h"
+#include "runtime/Trace.h"
 
 namespace brv {
 
@@ -139,8 +142,9 @@ class CIMXMLFormatter::Reader {
  private:
   void property(const xml_node& element, const char* typeAttribute, std::string_view objectName,
                 CIMObject& out);
-  Text value(const xml_node& element, Form form, bool boolean);
-  Text array(const xml_node& element, bool boolean);
+  Text value(const xml_node& element, Form form, std::string_view type);
+  Text scalar(const xml_node& element, std::string_view type);
+  Text array(const xml_node& element, std::string_view type);
   Text references(const xml_node& element);
   std::string_view text(const xml_node& element);
   std::string reference(const xml_node& element, int level);
@@ -292,7 +296,7 @@ void CIMXMLFormatter::Reader::property(const xml_node& element, const char* type
     isArray = isArray || form->form == Form::kArray || form->form == Form::kReferences;
     isReference = isReference || form->form == Form::kReference ||
                   form->form == Form::kReferences || form->form == Form::kPath;
-    content = value(child, form->form, type == "boolean");
+    content = value(child, form->form, type);
   }
 
   if (isReference) type = "reference";
@@ -304,16 +308,12 @@ void CIMXMLFormatter::Reader::property(const xml_node& element, const char* type
   out.Add(m_names.get(propertyName), std::move(content), m_names.get(type));
 }
 
-Text CIMXMLFormatter::Reader::value(const xml_node& element, Form form, bool boolean) {
+Text CIMXMLFormatter::Reader::value(const xml_node& element, Form form, std::string_view type) {
   switch (form) {
-    case Form::kScalar: {
-      const std::string_view content = text(element);
-      if (boolean && equalsIgnoringCase(content, "true")) return m_values.get("TRUE");
-      if (boolean && equalsIgnoringCase(content, "false")) return m_values.get("FALSE");
-      return shared(content);
-    }
+    case Form::kScalar:
+      return scalar(element, type);
     case Form::kArray:
-      return array(element, boolean);
+      return array(element, type);
     case Form::kReference:
       return shared(reference(element, 1));
     case Form::kReferences:
@@ -326,13 +326,27 @@ Text CIMXMLFormatter::Reader::value(const xml_node& element, Form form, bool boo
   return Text();
 }
 
-Text CIMXMLFormatter::Reader::array(const xml_node& element, bool boolean) {
+// What is no value of the type is NULL: nobody who reads it could tell that it is none.
+Text CIMXMLFormatter::Reader::scalar(const xml_node& element, std::string_view type) {
+  const std::string_view content = text(element);
+  const std::optional<std::string_view> valid = validCIMValue(content, type);
+  if (valid) return shared(*valid);
+  constexpr std::size_t kShown = 80;
+  const xml_node holder =
+      name(element.parent()) == "VALUE.ARRAY" ? element.parent().parent() : element.parent();
+  BRV_TRACE(kError, "'%.*s' of %s is no value of type '%.*s'\n",
+            static_cast<int>(std::min(content.size(), kShown)), content.data(),
+            attribute(holder, "NAME").data(), static_cast<int>(type.size()), type.data());
+  return Text();
+}
+
+Text CIMXMLFormatter::Reader::array(const xml_node& element, std::string_view type) {
   std::string joined;
   bool first = true;
   for (const xml_node& child : Children(element)) {
     if (!std::exchange(first, false)) joined += kBetweenElements;
     if (name(child) == "VALUE") {
-      joined += value(child, Form::kScalar, boolean).view();
+      joined += scalar(child, type).view();
     } else if (name(child) != "VALUE.NULL") {
       unexpected(child);
     }

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "cimclient/CIMClientError.h"
 
@@ -136,6 +139,55 @@ TEST(CIMXMLResponse, Instances) {
            "; R reference[]=root/acme:Acme_Pump | Acme_On.Of=\"Acme_Pump=\\\"x\\\"\"; \n"},
   };
   for (const Case& c : cases) EXPECT_EQ(read(Operation::kIntrinsic, c.document), c.expected);
+}
+
+// What is no value of its type is NULL, and the trace says what it was.
+TEST(CIMXMLResponse, ValuesAreOfTheirTypes) {
+  const struct {
+    std::string type;
+    std::string good;  // separated by blanks, as all of these
+    std::string wrong;
+  } kCases[] = {
+      {"boolean", "true FALSE", "maybe 1 TRU"},
+      {"uint8", "0 255 +7", "256 -1 12x 1.5 0x10 +-1 --1"},
+      {"sint8", "-128 127", "128 -129 - ++1"},
+      {"uint16", "65535", "65536"},
+      {"sint16", "-32768", "-32769"},
+      {"uint32", "4294967295", "4294967296"},
+      {"sint32", "-2147483648", "2147483648"},
+      {"uint64", "18446744073709551615", "18446744073709551616"},
+      {"sint64", "-9223372036854775808", "9223372036854775808"},
+      {"real32", "1.5 -2e3 0", "1e39 inf nan x 0x1p3"},
+      {"real64", "1e39", "1e999 -INF 1.5.5"},
+      {"string", "maybe", ""},
+  };
+  const auto words = [](const std::string& text) {
+    std::istringstream stream(text);
+    return std::vector<std::string>(std::istream_iterator<std::string>(stream), {});
+  };
+  const auto readOne = [](const std::string& type, const std::string& text) {
+    return read(Operation::kIntrinsic, property("TYPE='" + type + "'><VALUE>" + text + "</VALUE>"));
+  };
+  testing::internal::CaptureStderr();
+  for (const auto& [type, good, wrong] : kCases) {
+    for (const std::string& text : words(good)) {
+      const std::string shown = text == "true" ? "TRUE" : text;
+      EXPECT_EQ(readOne(type, text), "P " + type + '=' + shown + "; \n");
+      if (type == "string" || type == "boolean") continue;
+      EXPECT_EQ(readOne(type, " " + text + "\n"), "P " + type + '=' + shown + "; \n");
+    }
+    for (const std::string& text : words(wrong))
+      EXPECT_EQ(readOne(type, text), "P " + type + "; \n") << text;
+  }
+  EXPECT_EQ(readOne("uint32", ""), "P uint32; \n");
+  EXPECT_EQ(read(Operation::kIntrinsic,
+                 instances("<INSTANCE><PROPERTY.ARRAY NAME='A' TYPE='uint8'><VALUE.ARRAY><VALUE>1"
+                           "</VALUE><VALUE>300</VALUE></VALUE.ARRAY></PROPERTY.ARRAY></INSTANCE>")),
+            "A uint8[]=1 | ; \n");
+  const std::string traced = testing::internal::GetCapturedStderr();
+  for (const char* line : {" 'maybe' of P is no value of type 'boolean'\n",
+                           " '300' of A is no value of type 'uint8'\n"})
+    EXPECT_NE(traced.find(line), std::string::npos) << traced;
 }
 
 TEST(CIMXMLResponse, Methods) {
