@@ -135,6 +135,7 @@ std::string CmpiBroker_Provider::getStatusDetails() const {
 }
 
 void CmpiBroker_Provider::throwError() const {
+  if (m_status == kFailed && m_failure) std::rethrow_exception(m_failure);
   const std::string details = getStatusDetails();
   if (m_status == kFailed) BRV_THROW(CmpiBroker_Exception("%s", details.c_str()));
   if (m_status == kNotSupported) BRV_THROW(CmpiBroker_NotSupportedException(details));
@@ -264,6 +265,7 @@ void CmpiBroker_Provider::load() {
   } catch (const std::exception& exception) {
     m_status = kFailed;
     m_statusDetails = exception.what();
+    m_failure = std::current_exception();
     throw;
   }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -99,6 +100,7 @@ class CmpiBroker_Provider {
   std::string m_libraryPath;
   Status m_status = kUnloaded;
   std::optional<std::string> m_statusDetails;
+  std::exception_ptr m_failure;  // of the last load
 };
 
 }  // namespace brv

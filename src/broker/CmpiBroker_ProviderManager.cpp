@@ -141,6 +141,7 @@ void CmpiBroker_ProviderManager::loadProvider(CmpiBroker_Provider& provider) {
     provider.load();
   } catch (const std::exception& exception) {
     BRV_TRACE(kError, "ProviderManager: Failed to load %s: %s\n", name, exception.what());
+    m_failed.push_back(&provider);
     throw;
   }
   // The host is not one that this provider serves: no failure.
@@ -160,7 +161,9 @@ void CmpiBroker_ProviderManager::loadProviders(const Providers& providers, bool 
     if (status == CmpiBroker_Provider::kNotSupported || status == CmpiBroker_Provider::kLoading)
       continue;
     try {
-      if (status == CmpiBroker_Provider::kFailed && skipFailed)
+      const bool tried =
+          skipFailed || std::find(m_failed.begin(), m_failed.end(), provider) != m_failed.end();
+      if (status == CmpiBroker_Provider::kFailed && tried)
         provider->throwError();
       else if (status != CmpiBroker_Provider::kLoaded)
         loadProvider(*provider);
@@ -311,21 +314,25 @@ void CmpiBroker_ProviderManager::processRequest(const CIMRequest& request, List<
   out.moveAll(objects);
 }
 
-void CmpiBroker_ProviderManager::enumInstances(const CIMRequest& request, List<CIMObject>& out) {
-  CIMRequest named(request);
-  named.setMethodName(CIMRequest::kEnumerateInstances);
+void CmpiBroker_ProviderManager::serve(CIMRequest request, const char* method,
+                                       List<CIMObject>& out) {
+  request.setMethodName(method);
   const Serving serving(m_lock);
-  processRequest(named, out);
+  processRequest(request, out);
+}
+
+void CmpiBroker_ProviderManager::enumInstances(const CIMRequest& request, List<CIMObject>& out) {
+  m_failed.clear();
+  serve(request, CIMRequest::kEnumerateInstances, out);
 }
 
 void CmpiBroker_ProviderManager::associators(const CIMRequest& request, List<CIMObject>& out) {
-  CIMRequest named(request);
-  named.setMethodName(CIMRequest::kAssociators);
-  const Serving serving(m_lock);
-  processRequest(named, out);
+  m_failed.clear();
+  serve(request, CIMRequest::kAssociators, out);
 }
 
 void CmpiBroker_ProviderManager::invokeMethod(const CIMRequest& request, List<CIMObject>& out) {
+  m_failed.clear();
   const Serving serving(m_lock);
   List<CIMObject> objects;
   invokeMethodInt(request, objects);
@@ -334,6 +341,7 @@ void CmpiBroker_ProviderManager::invokeMethod(const CIMRequest& request, List<CI
 }
 
 void CmpiBroker_ProviderManager::enumAllInstances(const CIMRequest& request, List<CIMObject>& out) {
+  m_failed.clear();
   const Serving serving(m_lock);
   List<CIMObject> objects;
   enumAllInstancesInt(request, objects);
@@ -342,6 +350,7 @@ void CmpiBroker_ProviderManager::enumAllInstances(const CIMRequest& request, Lis
 
 void CmpiBroker_ProviderManager::processRequests(const List<CIMRequest>& requests,
                                                  List<CIMObject>& out) {
+  m_failed.clear();
   bool succeeded = false;
   std::exception_ptr lastFailure;
   for (const CIMRequest& request : requests) {
@@ -366,11 +375,12 @@ void CmpiBroker_ProviderManager::getCapabilities(List<CIMObject>& out) {
 
 std::unique_ptr<CIMObject> CmpiBroker_ProviderManager::getOLMODComputerSystem(
     std::int64_t options) {
+  m_failed.clear();
   CIMRequest request(CIMRequest::kDefaultNamespace);
   request.setOption(options);
   const auto enumerate = [&](const char* className, List<CIMObject>& out) {
     request.setClassname(className);
-    enumInstances(request, out);
+    serve(request, CIMRequest::kEnumerateInstances, out);
   };
   const auto first = [&](const char* className) {
     List<CIMObject> found;

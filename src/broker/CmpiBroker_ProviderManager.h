@@ -81,11 +81,16 @@ class CmpiBroker_ProviderManager {
   void associatorsInt(const CIMRequest& request, List<CIMObject>& out);
   void invokeMethodInt(const CIMRequest& request, List<CIMObject>& out);
   void processRequest(const CIMRequest& request, List<CIMObject>& out);
+  /// Serves one request of an operation.
+  void serve(CIMRequest request, const char* method, List<CIMObject>& out);
   void enumAllInstancesInt(const CIMRequest& request, List<CIMObject>& out);
 
   MutexLock m_lock;
   CmpiBroker_Broker m_broker;
   List<CmpiBroker_Provider> m_providers;
+  /// What failed to load since the public operation began: it will not load for its other requests
+  /// either.
+  Providers m_failed;
 };
 
 }  // namespace brv

@@ -314,6 +314,20 @@ TEST_F(ManagerTest, RequestLists) {
   }
 }
 
+// Another list tries again.
+TEST_F(ManagerTest, WhatFailedToLoadIsNotTriedAgainForTheSameList) {
+  script("foo");
+  const auto serve = [this](std::initializer_list<bool> continued) {
+    List<CIMRequest> requests;
+    for (const bool each : continued) requests.emplace(request("TA", each));
+    return outcome([&](List<CIMObject>& out) { m_manager->processRequests(requests, out); });
+  };
+  EXPECT_EQ(serve({true, true, true}), "!A failed");
+  EXPECT_EQ(g_scripts[0].loads, 1);
+  EXPECT_EQ(serve({true, false}), "!A failed");
+  EXPECT_EQ(g_scripts[0].loads, 2);
+}
+
 TEST_F(ManagerTest, OnlyTheThreadThatServesMayCallBack) {
   script("oLo");
   EXPECT_EQ(enumerate(request("TB")), "BB|Internal error|");
