@@ -83,7 +83,7 @@ void CmpiMetricValue::setTimeStamp(const CmpiDateTime& timeStamp) {
 }
 
 void CmpiMetricValue::setMeasuredElement(const char* name) {
-  m_instance.setProperty(kMeasuredElement, name);
+  setName(m_instance, kMeasuredElement, name);
 }
 
 void CmpiMetricValue::setFormattedMeasuredElement(const char* format, ...) {

@@ -3,7 +3,9 @@
 
 #include <cstring>
 #include <string>
+#include <string_view>
 
+#include "providers/readers/ValueText.h"
 #include "runtime/Trace.h"
 
 namespace brv {
@@ -36,6 +38,13 @@ void traceOddLines(const char* path, const OddLines& lines, const trace::Place& 
   for (const std::size_t number : lines)
     trace::write(trace::kWarning, place.file, place.line,
                  "%s: line %zu makes no sense and is passed over\n", path, number);
+}
+
+void setName(CmpiInstance& instance, const char* property, const char* name) {
+  std::string storage;
+  const std::string_view clean = cleanName(name, storage);
+  // A view into `name` is all of it.
+  instance.setProperty(property, clean.data() == name ? name : storage.c_str());
 }
 
 CmpiInstance createProvCapInstance(const char* providerName, const char* className,

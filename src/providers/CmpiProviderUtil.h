@@ -43,4 +43,8 @@ void traceOddLines(const char* path, const OddLines& lines,
 CmpiInstance createProvCapInstance(const char* providerName, const char* className,
                                    const char* capabilitiesClass);
 
+/// Sets a key or another name that somebody else chose, as metrics and inventory both show it
+/// (cleanName()).
+void setName(CmpiInstance& instance, const char* property, const char* name);
+
 }  // namespace brv

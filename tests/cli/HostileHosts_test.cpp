@@ -155,6 +155,46 @@ TEST(HostileHosts, MountPointsStayBelowTheRoot) {
     EXPECT_THAT(lines, HasSubstr(present));
 }
 
+// Whoever may mount something chooses a name that metrics, inventory and messages show, each on a
+// line of its own. Filters still know it as it is.
+TEST(HostileHosts, NamesForgeNoRecords) {
+  const DamagedHost host;
+  const std::string forged = "a\n MetricDefinitionId , string , OS.UserTime\x1B[2J\xC2\x9B";
+  const std::string shown = "a  MetricDefinitionId , string , OS.UserTime [2J ";
+  host.write(forged + "/file", "");
+  host.write("proc/1/mounts",
+             "d\\012 /" +
+                 std::string("a\\012\\040MetricDefinitionId\\040,\\040string\\040,\\040"
+                             "OS.UserTime\x1B[2J\xC2\x9B") +
+                 " ext4 rw 0 0\n");
+  host.write("proc/diskstats",
+             "8 0 s\x1B"
+             "da 1 0 2 3 4 0 5 6 0 7 8\n");
+  ProgramRun run = onHost(host.path().string(), "-e -c BRV_MetricValue -T 3");
+  const std::string head = " MeasuredElementName , string , ";
+  ProgramResult result = runProgram(run);
+  EXPECT_THAT(result.output, HasSubstr(head + "/" + shown + "\n"));
+  EXPECT_THAT(result.output, HasSubstr(head + "s da\n"));
+  for (const std::string& text : {result.output, result.error})
+    for (const char* control : {"\n MetricDefinitionId , string , OS.UserTime ", "\x1B", "\xC2"})
+      EXPECT_THAT(text, Not(HasSubstr(control)));
+  EXPECT_THAT(result.error, HasSubstr("/a\\x0A MetricDefinitionId , string , OS.UserTime\\x1B[2J"
+                                      "\\xC2\\x9B\n"));
+
+  run.arguments[2] = "BRV_OLMODFileSystem";
+  result = runProgram(run);
+  for (const std::string name : {"Name", "Root"})
+    EXPECT_THAT(result.output, HasSubstr(' ' + name + " , string , /" + shown + '\n'));
+  EXPECT_THAT(result.output, HasSubstr(" Device , string , d \n"));
+
+  host.write("rules/osfilter.conf", "Filesystem: mount(*\n");
+  run.folder = (host.path() / "rules").string();
+  host.write("rules/osfilter.conf", "Filesystem: mount(*\x1B[2J*)\n");
+  EXPECT_THAT(runProgram(run).output, HasSubstr(" Device , string , d \n"));
+  host.write("rules/osfilter.conf", "Filesystem: mount(*OS.UserTime [2J*)\n");
+  EXPECT_EQ(runProgram(run).output, "");
+}
+
 // One byte after the other is cut off: no length of a file may trip its reader.
 TEST(HostileHosts, AFileMayEndAnywhere) {
   for (const std::string name : {"stat", "meminfo", "diskstats", "1/net/dev", "1/mounts"}) {

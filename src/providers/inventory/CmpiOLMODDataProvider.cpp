@@ -46,7 +46,7 @@ CmpiInstance CmpiOLMODDataProvider::createLogicalElement(const char* className,
   CmpiInstance instance = create(className);
   getCSCreationClassName(instance);
   setHostName(instance, "CSName");
-  instance.setProperty("Name", name);
+  setName(instance, "Name", name);
   return instance;
 }
 
@@ -57,7 +57,7 @@ CmpiInstance CmpiOLMODDataProvider::createLogicalDevice(const char* className,
   CmpiInstance instance = create(className);
   getSystemCreationClassName(instance);
   getSystemName(instance);
-  instance.setProperty("DeviceID", deviceId);
+  setName(instance, "DeviceID", deviceId);
   return instance;
 }
 
@@ -78,8 +78,8 @@ CmpiInstance CmpiOLMODDataProvider::createFSInstance(const char* root) const {
 
 CmpiInstance CmpiOLMODDataProvider::createFSInstance(const char* root, const char* device) const {
   CmpiInstance instance = createFSInstance(root);
-  instance.setProperty("Root", root);
-  instance.setProperty("Device", device);
+  setName(instance, "Root", root);
+  setName(instance, "Device", device);
   return instance;
 }
 

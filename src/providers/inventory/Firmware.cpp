@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 #include "runtime/Trace.h"
 
 namespace brv {

@@ -11,14 +11,18 @@ void PropertyWriter::absent(const char* property, CMPIType type) {
   m_instance->setProperty(property, CmpiData(CMPIData{type, CMPI_nullValue, {}}));
 }
 
-void PropertyWriter::name(const char* property, std::string_view text) {
-  if (text.empty()) return absent(property, CMPI_string);
-  m_text.assign(text);
+void PropertyWriter::set(const char* property, std::string_view clean) {
+  if (clean.empty()) return absent(property, CMPI_string);
+  m_text.assign(clean);
   m_instance->setProperty(property, m_text.c_str());
 }
 
+void PropertyWriter::name(const char* property, std::string_view text) {
+  set(property, cleanName(text, m_clean));
+}
+
 void PropertyWriter::text(const char* property, std::string_view text, std::size_t limit) {
-  name(property, cleanText(text, m_clean, limit));
+  set(property, cleanText(text, m_clean, limit));
 }
 
 void PropertyWriter::boolean(const char* property, std::optional<bool> value) {
@@ -62,7 +66,7 @@ void PropertyWriter::names(const char* property, const std::vector<std::string>&
   if (values.empty()) return absent(property, CMPI_stringA);
   CmpiArray array(static_cast<CMPICount>(values.size()), CMPI_string);
   for (CMPICount i = 0; i < values.size(); ++i) {
-    m_text = values[i];
+    m_text = cleanName(values[i], m_clean);
     std::replace(m_text.begin(), m_text.end(), ';', ',');
     array[i] = CmpiData(m_text.c_str());
   }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "cmpi/CmpiObjects.h"
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 
 namespace brv {
 
@@ -27,9 +27,9 @@ class PropertyWriter {
   void begin(const CmpiInstance& instance) { m_instance = instance; }
   CmpiInstance& instance() { return *m_instance; }
 
-  /// Byte by byte, for names that join with the metrics. Empty: absent.
+  /// For keys and names that join with others or with the metrics (cleanName()). Empty: absent.
   void name(const char* property, std::string_view text);
-  /// Cleaned (readers/ValueText.h). Nothing left: absent.
+  /// For other texts (cleanText()). Nothing left: absent.
   void text(const char* property, std::string_view text, std::size_t limit = kLongestText);
   template <class Number>
   void number(const char* property, const std::optional<Number>& value) {
@@ -46,11 +46,12 @@ class PropertyWriter {
   /// string[], each cleaned; elements may be empty. No elements: absent.
   void texts(const char* property, std::span<const std::string_view> values);
   void texts(const char* property, const std::vector<std::string>& values);
-  /// string[] of names that join with others, byte by byte but for ";", which joins elements.
+  /// string[] of names that join with others, with "," for ";", which joins elements.
   void names(const char* property, const std::vector<std::string>& values);
 
  private:
   void absent(const char* property, CMPIType type);
+  void set(const char* property, std::string_view clean);
 
   const Absent m_absent;
   std::optional<CmpiInstance> m_instance;

@@ -44,7 +44,7 @@ CmpiInstance CmpiVirtualSystemsProvider::createSystem(const char* className, con
                                                       const char* nameFormat) const {
   CmpiInstance instance(CmpiObjectPath(kProviderNamespace, className));
   instance.setProperty("CreationClassName", className);
-  instance.setProperty("Name", name);
+  setName(instance, "Name", name);
   instance.setProperty("NameFormat", nameFormat);
   return instance;
 }

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "providers/inventory/NetworkFolder.h"
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 #include "runtime/Ascii.h"
 
 namespace brv {

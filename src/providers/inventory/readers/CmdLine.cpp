@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/inventory/readers/CmdLine.h"
 
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 
 namespace brv {
 

@@ -5,8 +5,8 @@
 #include <map>
 #include <memory>
 
-#include "providers/inventory/readers/ValueText.h"
 #include "providers/readers/LineScanner.h"
+#include "providers/readers/ValueText.h"
 #include "providers/virt/GuestCards.h"
 #include "runtime/Ascii.h"
 

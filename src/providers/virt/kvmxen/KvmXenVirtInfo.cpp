@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "providers/inventory/readers/FieldText.h"
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 #include "runtime/RealNumber.h"
 #include "runtime/Trace.h"
 
@@ -131,7 +131,8 @@ void readVirtInfo(const MetricTree& tree, std::uint64_t pollTime, KvmXenVirtInfo
   info.processorLimit = guest.read("ResourceProcessorLimit", [](const s_metric& metric) {
     // Its figure is one of 32 bits.
     const auto limit = metric_toCMPIReal64(metric.value);
-    return limit && std::abs(*limit) <= std::numeric_limits<float>::max() ? limit : std::nullopt;
+    const bool good = limit && *limit >= 0 && *limit <= std::numeric_limits<float>::max();
+    return good ? limit : std::nullopt;
   });
   info.guestCpuTime = guest.milliseconds("TotalCPUTime");
   info.hostMemoryOfGuests = host.kilobytes("MemoryAllocatedToVirtualServers");
@@ -177,12 +178,7 @@ std::optional<std::uint32_t> metric_toCMPIUint32(std::string_view text) {
 }
 
 std::optional<double> metric_toCMPIReal64(std::string_view text) {
-  text = trimmed(text);
-  // Decimal alone: no "0x10", no "inf".
-  if (text.find_first_not_of("+-.0123456789eE") != std::string_view::npos) return std::nullopt;
-  const auto number = readReal(text);
-  if (number && !std::isfinite(*number)) return std::nullopt;
-  return number;
+  return readReal(trimmed(text));
 }
 
 }  // namespace brv

@@ -5,8 +5,8 @@
 #include <memory>
 #include <span>
 
-#include "providers/inventory/readers/ValueText.h"
 #include "providers/readers/LineScanner.h"
+#include "providers/readers/ValueText.h"
 #include "providers/virt/GuestCards.h"
 #include "providers/virt/vmware/StatisticsTree.h"
 #include "runtime/Ascii.h"

@@ -108,6 +108,17 @@ TEST(KVMXenMetrics, WhatMakesNoSenseIsLeftOut) {
             "VCS.StealTime 800\nHCS.PhysicalMemoryConsumed 3072\n");
 }
 
+TEST(KVMXenMetrics, NumbersAreFiniteAndNotBelowZero) {
+  for (const char* number : {"-1", "-0.5", "inf", "nan", "1e999", "-1e39", "0x2", "-inf"})
+    EXPECT_EQ(values<KVM>(kKVM + dump(guest("ResourceProcessorLimit", number) +
+                                      guest("TotalCPUTime", number) +
+                                      guest("ResourceMemoryLimit", number))),
+              "VCS.StealTime 800\n")
+        << number;
+  EXPECT_EQ(values<KVM>(kKVM + dump(guest("ResourceMemoryLimit", "5242881", "unit='B'"))),
+            "VCS.StealTime 800\nVCS.MemoryMaximum 5120\n");
+}
+
 TEST(KVMXenMetrics, FreeMemoryOfTheHostIsNotMissedWithoutThatOfItsGuests) {
   test::CapturedTrace trace(trace::kWarning);
   EXPECT_EQ(values<KVM>(kKVM + dump("")), "VCS.StealTime 800\n");

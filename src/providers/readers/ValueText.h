@@ -5,8 +5,9 @@
 #include <string>
 #include <string_view>
 
-// How a text of the host becomes the text of a property. Keys and names that join with the metrics
-// (mount points, devices, interfaces) pass byte by byte and never come here.
+// How a text of the host becomes the text of a property. Users choose many of them, names of mount
+// points and devices among them, and none may look like the end of a record. What decides by a name
+// (filters, links, the kernel) is given the name as it is.
 namespace brv {
 
 constexpr std::size_t kLongestText = 1024;         ///< bytes of a property
@@ -21,7 +22,11 @@ constexpr std::size_t kLongestCommandLine = 4096;  ///< bytes
 std::string_view cleanText(std::string_view text, std::string& storage,
                            std::size_t limit = kLongestText);
 
-/// The same for an element of an array: ";" joins elements, so it becomes "," inside one.
+/// The same for a name or key, which metrics and inventory join by: neither trimmed nor cut, so
+/// that different names stay different as far as they can.
+std::string_view cleanName(std::string_view text, std::string& storage);
+
+/// cleanText() for an element of an array: ";" joins elements, so it becomes "," inside one.
 std::string_view cleanElement(std::string_view text, std::string& storage);
 
 /// Whether a firmware text, cleaned, says nothing: empty, only zeros, only dots or one of the

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 
 #include <gmock/gmock.h>
 
@@ -39,6 +39,20 @@ TEST(ValueText, Clean) {
   EXPECT_EQ(cleanText(std::string(1025, 'x'), storage).size(), 1024U);
   EXPECT_EQ(cleanElement(" a;b\xff;\n", storage), "a,b?,");
   EXPECT_EQ(cleanElement(";", storage), ",");
+}
+
+TEST(ValueText, NamesStayDifferent) {
+  const std::string longName = "/" + std::string(5000, 'x');
+  const struct {
+    std::string_view name, clean;
+  } kCases[] = {{" a b ", " a b "},  {"a\n\xC2\x9B", "a  "},
+                {"\t", " "},         {"a\xE9\xC3\xA4\n", "a?\xC3\xA4 "},
+                {"a;b", "a;b"},      {"", ""},
+                {longName, longName}};
+  for (const auto& [name, clean] : kCases) {
+    std::string storage = "of an earlier text";
+    EXPECT_EQ(cleanName(name, storage), clean);
+  }
 }
 
 TEST(ValueText, Fillers) {

@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/inventory/readers/ValueText.h"
+#include "providers/readers/ValueText.h"
 
 #include <algorithm>
 #include <array>
 
 #include "runtime/Ascii.h"
 #include "runtime/UcText.h"
+#include "runtime/VisibleText.h"
 
 namespace brv {
 
 namespace {
 
-bool isControl(char c) {
-  return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-}
-
 bool isTrimmed(char c) {
-  return c == ' ' || isControl(c);
+  return static_cast<unsigned char>(c) <= ' ' || c == '\x7F';
 }
 
 bool isPlain(char c) {
@@ -31,10 +28,8 @@ std::string_view withoutEnd(std::string_view text) {
 // What takes the place of the character of `length` bytes at the beginning of `text`, 0 for none.
 std::string_view shown(std::string_view text, std::size_t length) {
   if (length == 0) return "?";
-  // U+0080 to U+009F are control characters as well.
-  const bool control =
-      length == 1 ? isControl(text[0]) : length == 2 && text[0] == '\xC2' && text[1] < '\xA0';
-  return control ? std::string_view(" ") : text.substr(0, length);
+  const std::string_view character = text.substr(0, length);
+  return isControlCharacter(character) ? " " : character;
 }
 
 }  // namespace
@@ -58,6 +53,19 @@ std::string_view cleanText(std::string_view text, std::string& storage, std::siz
     text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return withoutEnd(storage);
+}
+
+std::string_view cleanName(std::string_view text, std::string& storage) {
+  const auto changed = std::find_if_not(text.begin(), text.end(), isPlain);
+  if (changed == text.end()) return text;
+  storage.assign(text.begin(), changed);
+  text.remove_prefix(storage.size());
+  while (!text.empty()) {
+    const std::size_t length = utf8CharacterLength(text);
+    storage += shown(text, length);
+    text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return storage;
 }
 
 std::string_view cleanElement(std::string_view text, std::string& storage) {
