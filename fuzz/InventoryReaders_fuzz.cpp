@@ -31,8 +31,9 @@ using fuzz::found;
 
 void expectClean(std::string_view text, std::size_t limit) {
   BRV_EXPECT(text.size() <= limit && toValidUtf8(text) == text);
-  BRV_EXPECT(std::none_of(text.begin(), text.end(),
-                          [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; }));
+  BRV_EXPECT(std::none_of(text.begin(), text.end(), [](char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+  }));
   BRV_EXPECT(!text.starts_with(' ') && !text.ends_with(' '));
 }
 
