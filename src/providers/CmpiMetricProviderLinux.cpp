@@ -87,13 +87,10 @@ constexpr Figure<CpuTimes> kProcessorFigures[] = {
 
 constexpr Figure<ProcStat> kKernelFigures[] = {
     {OS_ContextSwitchCounter,
-     [](const ProcStat& stat) { return optionalData(stat.contextSwitches); }},
-    {OS_InterruptCounter, [](const ProcStat& stat) { return optionalData(stat.interrupts); }},
+     [](const ProcStat& stat) -> CmpiData { return stat.contextSwitches; }},
+    {OS_InterruptCounter, [](const ProcStat& stat) -> CmpiData { return stat.interrupts; }},
     // One of the lines is that of all processors together.
-    {OS_CPUCount,
-     [](const ProcStat& stat) {
-       return stat.cpuLines < 2 ? CmpiData() : CmpiData(std::uint64_t{stat.cpuLines - 1});
-     }},
+    {OS_CPUCount, [](const ProcStat& stat) -> CmpiData { return stat.cpuLines - 1; }},
 };
 
 constexpr Figure<LoadAverage> kLoadFigures[] = {
@@ -308,13 +305,13 @@ void CmpiMetricProviderLinux::getStatData(CmpiList& out) {
   traceOddLines(kPath, odd);
   if (stat.totalTooShort) BRV_TRACE(kError, "CPU Wait and IRQ times not available\n");
   if (stat.total && !stat.total->steal) BRV_TRACE(kError, "CPU Steal is time not available\n");
+  if (stat.cpuLines < 2 || stat.contextSwitches == 0 || stat.interrupts == 0)
+    throwCmpiStatus(failed("Failed to read data from /proc/stat"));
   Values values(out);
-  const std::size_t before = out.size();
   if (stat.total) values.add(kTotalFigures, *stat.total, kOperatingSystem);
   for (const ProcStat::Processor& processor : stat.processors)
     values.add(kProcessorFigures, processor.times, std::to_string(processor.number).c_str());
   values.add(kKernelFigures, stat, kOperatingSystem);
-  if (out.size() == before) throwCmpiStatus(failed("Failed to read data from /proc/stat"));
 }
 
 void CmpiMetricProviderLinux::getLoadAverage(CmpiList& out) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "providers/inventory/CpuTopology.h"
 
+#include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -16,14 +18,18 @@ namespace brv {
 
 namespace {
 
-// -1, "not known", is no number here.
-std::optional<std::int32_t> readPlace(const HostFiles& files, std::uint32_t cpu, const char* name,
-                                      FileBuffer& buffer) {
+// False for a file that is there and cannot be read. -1, "not known", is no number here.
+bool readPlace(const HostFiles& files, std::uint32_t cpu, const char* name, FileBuffer& buffer,
+               std::optional<std::int32_t>& place) {
   char path[96];
   std::snprintf(path, sizeof(path), "/sys/devices/system/cpu/cpu%u/topology/%s", cpu, name);
-  if (files.read(path, buffer) != 0) return std::nullopt;
+  if (const int error = files.read(path, buffer); error != 0) {
+    if (error != ENOENT) BRV_TRACE_ERRNO(kWarning, error, "%s", path);
+    return error == ENOENT;
+  }
   const auto number = numberUpTo(std::numeric_limits<std::int32_t>::max(), trimmed(buffer.view()));
-  return number ? std::optional(static_cast<std::int32_t>(*number)) : std::nullopt;
+  if (number) place = static_cast<std::int32_t>(*number);
+  return true;
 }
 
 using Cores = std::set<std::pair<std::int32_t, std::int32_t>>;
@@ -38,12 +44,12 @@ Cores coresOf(std::span<const CpuPlace> places) {
 }  // namespace
 
 std::vector<CpuPlace> readCpuTopology(const HostFiles& files, std::span<const std::uint32_t> cpus) {
-  std::vector<CpuPlace> places;
-  places.reserve(cpus.size());
+  std::vector<CpuPlace> places(cpus.size());
   FileBuffer buffer;
-  for (const std::uint32_t cpu : cpus)
-    places.push_back({readPlace(files, cpu, "physical_package_id", buffer),
-                      readPlace(files, cpu, "core_id", buffer)});
+  for (std::size_t i = 0; i < cpus.size(); ++i)
+    if (!readPlace(files, cpus[i], "physical_package_id", buffer, places[i].package) ||
+        !readPlace(files, cpus[i], "core_id", buffer, places[i].core))
+      return std::vector<CpuPlace>(cpus.size());
   return places;
 }
 

@@ -19,7 +19,8 @@ struct CpuPlace {
   std::optional<std::int32_t> core;
 };
 
-/// The places of these processors, in their order.
+/// The places of these processors, in their order. A file that is there and cannot be read is
+/// traced, and then none has a place: what is counted of the others would be too few.
 std::vector<CpuPlace> readCpuTopology(const HostFiles& files, std::span<const std::uint32_t> cpus);
 
 /// How many there are; absent when no processor has a place.

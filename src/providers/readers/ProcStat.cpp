@@ -42,9 +42,9 @@ bool readProcessor(std::string_view number, FieldScanner& fields, ProcStat& stat
 }
 
 // Of the interrupt line only the first number counts; it may go on for a hundred kilobytes.
-bool readCounter(FieldScanner& fields, std::optional<std::uint64_t>& counter) {
+bool readCounter(FieldScanner& fields, std::uint64_t& counter) {
   std::uint64_t value = 0;
-  if (fields.numbers({&value, 1}) != 1 || value == 0) return false;
+  if (fields.numbers({&value, 1}) != 1) return false;
   counter = value;
   return true;
 }
@@ -66,9 +66,9 @@ ProcStat readProcStat(std::string_view text, OddLines& odd) {
     }
     if (!lines.line().starts_with('c') && !lines.line().starts_with('i')) continue;
     const std::string_view name = fields.word();
-    std::optional<std::uint64_t>* counter = name == "ctxt"   ? &stat.contextSwitches
-                                            : name == "intr" ? &stat.interrupts
-                                                             : nullptr;
+    std::uint64_t* counter = name == "ctxt"   ? &stat.contextSwitches
+                             : name == "intr" ? &stat.interrupts
+                                              : nullptr;
     if (counter != nullptr && !readCounter(fields, *counter)) odd.push_back(lines.number());
   }
   return stat;

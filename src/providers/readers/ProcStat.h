@@ -37,10 +37,8 @@ struct ProcStat {
   std::vector<Processor> processors;
   /// Lines that begin with "cpu", odd ones and that of all processors included.
   std::size_t cpuLines = 0;
-  // Nothing also where the kernel says 0: no running kernel has counted none, but sandboxes that
-  // do not count say so.
-  std::optional<std::uint64_t> contextSwitches;
-  std::optional<std::uint64_t> interrupts;
+  std::uint64_t contextSwitches = 0;  ///< 0: not found
+  std::uint64_t interrupts = 0;       ///< 0: not found
 };
 
 ProcStat readProcStat(std::string_view text, OddLines& odd);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "Columns.h"
 
@@ -42,6 +43,21 @@ TEST(Processor, OddFilesCostThemselves) {
            "PhysicalPackageID", "CoresPerPackage", "ThreadsPerCore", "L1DataCacheSize",
            "L1InstructionCacheSize", "L2CacheSize", "L3CacheSize"}),
       "7|3|-|-|-|-|-|-|-|-|-|-|\n9|2|32|1200|2500|1|1|-|-|-|-|-|\n");
+}
+
+// What is counted of the others would be too few.
+TEST(Processor, NothingIsCountedWhereATopologyFileCannotBeRead) {
+  const std::string host =
+      "== file /sys/devices/system/cpu/online\n0-1\n== file /proc/cpuinfo\nprocessor : 0\n" +
+      file(0, "topology/physical_package_id", "0") + file(0, "topology/core_id", "0") +
+      file(1, "topology/physical_package_id", "0");
+  const std::string second = file(1, "topology/core_id", "1");
+  const std::string broken = "== folder /sys/devices/system/cpu/cpu1/topology/core_id\n";
+  EXPECT_EQ(columnsOf(kClass, host + second, {"CoresPerPackage"}), "2|\n2|\n");
+  EXPECT_EQ(columnsOf(kClass, host + broken, {"CoresPerPackage"}), "-|\n-|\n");
+  const std::vector<std::string> counts = {"NumberOfProcessors", "NumberOfCores"};
+  EXPECT_EQ(columnsOf("BRV_OLMODComputerSystem", host + second, counts), "1|2|\n");
+  EXPECT_EQ(columnsOf("BRV_OLMODComputerSystem", host + broken, counts), "?|?|\n");
 }
 
 TEST(Processor, OtherPlatforms) {

@@ -33,6 +33,8 @@ constexpr const char* kPartitions = "/proc/partitions";
 constexpr const char* kSwaps = "/proc/swaps";
 // For all disks together, whatever they say: a host that never ends writing is given up too.
 constexpr std::chrono::seconds kWholeTime{2};
+// A host that is asked for what it knows already; others wait for it meanwhile.
+constexpr std::chrono::seconds kCommandTime{10};
 // Beyond what any kernel has; the device says it.
 constexpr int kLargestBlock = 1024 * 1024;
 
@@ -248,10 +250,12 @@ bool CMetricsDisk::ExecVmDumpMetrics(std::string& document) const {
   document.clear();
   CommandResult result{CommandResult::End::kNotStarted, ENOENT};
   if (openBelow(m_files, m_dumpCommand, O_PATH | O_CLOEXEC).get() >= 0)
-    result = m_commands.run({m_dumpCommand}, [&document](std::string_view line) {
-      document += line;
-      document += '\n';
-    });
+    result = m_commands.run({m_dumpCommand},
+                            [&document](std::string_view line) {
+                              document += line;
+                              document += '\n';
+                            },
+                            {.time = kCommandTime});
   if (result.end == CommandResult::End::kNotStarted) {
     BRV_TRACE(kWarning, "Popen() on %s failed\n", m_dumpCommand.c_str());
   } else if (!result.succeeded()) {
