@@ -63,10 +63,14 @@ void CmpiBroker_Context::destroy() {
 
 CmpiBroker_Context& CmpiBroker_Context::getInstance() {
   if (void* context = m_tsdkey.get()) return *static_cast<CmpiBroker_Context*>(context);
-  auto* context = new CmpiBroker_Context;
-  if (const int code = m_tsdkey.set(context))
-    BRV_TRACE(kError, "Failed to set TSD: %s\n", ThrErrToStr(code));
-  return *context;
+  std::unique_ptr<CmpiBroker_Context> context(new CmpiBroker_Context);
+  if (const int code = m_tsdkey.set(context.get()))
+    BRV_THROW(CmpiBroker_Exception("Failed to set TSD: %s", ThrErrToStr(code)));
+  return *context.release();
+}
+
+void CmpiBroker_Context::endRequest() noexcept {
+  if (void* context = m_tsdkey.get()) static_cast<CmpiBroker_Context*>(context)->release();
 }
 
 void CmpiBroker_Context::RegisterContainerFactory(ContainerFactory factory) {

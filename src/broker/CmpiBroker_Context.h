@@ -67,7 +67,10 @@ class CmpiBroker_Context {
   /// Whether requests are served on the calling thread; no other may use the broker.
   static bool isServingThread() { return t_serving; }
   static void setServingThread() { t_serving = true; }
+  /// Throws when the thread has none yet and there is no memory for one.
   static CmpiBroker_Context& getInstance();
+  /// Ends the calling thread's request, whether it got as far as to have a context or not.
+  static void endRequest() noexcept;
   /// Registers a kind of container, which contexts created from now on have. The same factory
   /// counts once.
   static void RegisterContainerFactory(ContainerFactory factory);

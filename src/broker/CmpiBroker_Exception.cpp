@@ -56,7 +56,7 @@ CmpiBroker_Exception::CmpiBroker_Exception(const CMPIStatus& status, const char*
   va_start(arguments, format);
   m_message = formatted(format, arguments);
   va_end(arguments);
-  m_message += ": " + getCMPIErrorInfo(status);
+  m_message.append(": ").append(getCMPIErrorInfo(status));
   cut(m_message);
 }
 

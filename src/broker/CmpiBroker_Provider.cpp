@@ -198,6 +198,10 @@ void CmpiBroker_Provider::throwStatus(const CMPIStatus& status) {
   BRV_THROW(CmpiBroker_Exception(status));
 }
 
+void CmpiBroker_Provider::throwOnFailure(const CMPIStatus& status) {
+  if (status.rc != CMPI_RC_OK) throwStatus(status);
+}
+
 template <class MI, class Factory>
 bool CmpiBroker_Provider::createMI(Factory factory, const char* kind, MI*& made) {
   if (factory == nullptr) BRV_THROW(CmpiBroker_InternalErrorException());
@@ -276,7 +280,7 @@ void CmpiBroker_Provider::cleanup(MI* mi, const char* kind) {
   const CMPIStatus status =
       callProvider([mi] { return mi->ft->cleanup(mi, contextRecord(), CMPIBoolean{1}); });
   if (status.rc == CMPI_RC_OK) return;
-  BRV_TRACE(kError, "Failed to cleanup %s provider: %s\n", kind, getCMPIErrorInfo(status).c_str());
+  BRV_TRACE(kError, "Failed to cleanup %s provider: %s\n", kind, getCMPIErrorInfo(status));
   if (status.rc == CMPI_RC_DO_NOT_UNLOAD || status.rc == CMPI_RC_NEVER_UNLOAD)
     m_keepsLibrary = true;
 }
@@ -314,23 +318,16 @@ void CmpiBroker_Provider::unload() {
   m_status = kUnloaded;
 }
 
-void CmpiBroker_Provider::checkCall(const char* operation, const CMPIStatus& status) {
-  if (status.rc == CMPI_RC_OK) return;
-  BRV_TRACE(kError, "%s: %s failed: %s\n", m_info->providerName, operation,
-            getCMPIErrorInfo(status).c_str());
-  throwStatus(status);
-}
-
 void CmpiBroker_Provider::enumInstances(CmpiBroker_Request& request, List<CIMObject>& out) {
   const auto function = tableFunction(m_instanceMI, &CMPIInstanceMIFT::enumerateInstances);
   const Text className = request.objectPath().getClassName();
   BRV_TRACE(kWarning, "%s: Enumerate instances of %s\n", m_info->providerName, className.c_str());
   const trace::Timer timer("Enumerating with", m_info->providerName);
   CmpiBroker_Result result;
-  checkCall("EnumerateInstances", callProvider([&] {
-              return function(m_instanceMI, contextRecord(), result.record(),
-                              request.objectPath().record(), nullptr);
-            }));
+  throwOnFailure(callProvider([&] {
+    return function(m_instanceMI, contextRecord(), result.record(), request.objectPath().record(),
+                    nullptr);
+  }));
   result.getObjects(out, m_library == nullptr);
 }
 
@@ -340,11 +337,11 @@ void CmpiBroker_Provider::associators(CmpiBroker_Request& request, List<CIMObjec
   BRV_TRACE(kWarning, "%s: Enumerate associators of %s\n", m_info->providerName, className.c_str());
   const trace::Timer timer("Enumerating with", m_info->providerName);
   CmpiBroker_Result result;
-  checkCall("Associators", callProvider([&] {
-              return function(m_associationMI, contextRecord(), result.record(),
-                              request.objectPath().record(), request.assocClass().c_str(), nullptr,
-                              nullptr, nullptr, nullptr);
-            }));
+  throwOnFailure(callProvider([&] {
+    return function(m_associationMI, contextRecord(), result.record(),
+                    request.objectPath().record(), request.assocClass().c_str(), nullptr, nullptr,
+                    nullptr, nullptr);
+  }));
   result.getObjects(out, m_library == nullptr);
 }
 
@@ -356,11 +353,10 @@ void CmpiBroker_Provider::invokeMethod(CmpiBroker_Request& request, List<CIMObje
   const trace::Timer timer("Invoking with", m_info->providerName);
   CmpiBroker_Result result;
   CmpiBroker_Args outArguments;
-  checkCall("invokeMethod", callProvider([&] {
-              return function(m_methodMI, contextRecord(), result.record(),
-                              request.objectPath().record(), request.methodName().c_str(),
-                              request.args().record(), outArguments.record());
-            }));
+  throwOnFailure(callProvider([&] {
+    return function(m_methodMI, contextRecord(), result.record(), request.objectPath().record(),
+                    request.methodName().c_str(), request.args().record(), outArguments.record());
+  }));
   result.getObjects(out, m_library == nullptr);
   if (outArguments.getPropertyCount() > 0) outArguments.toCIMObject(out.emplace());
 }

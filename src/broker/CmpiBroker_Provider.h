@@ -41,7 +41,7 @@ class CmpiBroker_Provider {
   virtual void load();
   virtual void unload();
   /// Forward one request and append what the provider returned. They throw what the provider
-  /// answers; nothing is appended then.
+  /// answers; what is in `out` is of no use then.
   virtual void enumInstances(CmpiBroker_Request& request, List<CIMObject>& out);
   virtual void associators(CmpiBroker_Request& request, List<CIMObject>& out);
   virtual void invokeMethod(CmpiBroker_Request& request, List<CIMObject>& out);
@@ -84,8 +84,7 @@ class CmpiBroker_Provider {
   template <class MI>
   void cleanup(MI* mi, const char* kind);
   [[noreturn]] static void throwStatus(const CMPIStatus& status);
-  /// Traces and throws a bad status of a forwarded request.
-  void checkCall(const char* operation, const CMPIStatus& status);
+  static void throwOnFailure(const CMPIStatus& status);
 
   const CmpiBroker_ProviderInfo* m_info;
   CmpiBroker_Broker& m_broker;

@@ -94,7 +94,7 @@ class CmpiBroker_ProviderManager::Serving {
     CmpiBroker_Context::setServingThread();
   }
   ~Serving() {
-    CmpiBroker_Context::getInstance().release();
+    CmpiBroker_Context::endRequest();
     m_lock.Unlock();
   }
   Serving(const Serving&) = delete;
@@ -103,6 +103,13 @@ class CmpiBroker_ProviderManager::Serving {
  private:
   MutexLock& m_lock;
 };
+
+constexpr CmpiBroker_ProviderManager::Operation CmpiBroker_ProviderManager::kEnumerateInstances = {
+    "EnumerateInstances", &CmpiBroker_Provider::enumInstances};
+constexpr CmpiBroker_ProviderManager::Operation CmpiBroker_ProviderManager::kAssociators = {
+    "Associators", &CmpiBroker_Provider::associators};
+constexpr CmpiBroker_ProviderManager::Operation CmpiBroker_ProviderManager::kInvokeMethod = {
+    "invokeMethod", &CmpiBroker_Provider::invokeMethod};
 
 CmpiBroker_ProviderManager::CmpiBroker_ProviderManager(const CmpiBroker_ProviderInfo* table)
     : m_lock("CmpiBroker_ProviderManager_Lock"), m_broker(*this) {
@@ -207,8 +214,22 @@ CmpiBroker_ProviderManager::Providers CmpiBroker_ProviderManager::lookupProvider
   return matches;
 }
 
+void CmpiBroker_ProviderManager::forward(const Operation& operation, CmpiBroker_Provider& provider,
+                                         CmpiBroker_Request& request, List<CIMObject>& out) {
+  List<CIMObject> objects;
+  try {
+    const RequestStackContainer::Entry entry(RequestStackContainer::current(), provider);
+    (provider.*operation.function)(request, objects);
+    out.moveAll(objects);
+  } catch (const std::exception& exception) {
+    BRV_TRACE(kError, "%s: %s failed: %s\n", provider.info().providerName, operation.name,
+              exception.what());
+    throw;
+  }
+}
+
 void CmpiBroker_ProviderManager::ask(CmpiBroker_Request& request, const Text& className,
-                                     bool continueOnError, Operation operation,
+                                     bool continueOnError, const Operation& operation,
                                      List<CIMObject>& out) {
   const Providers providers =
       lookupProviders(className, request.objectPath().getNameSpace(), continueOnError);
@@ -217,8 +238,7 @@ void CmpiBroker_ProviderManager::ask(CmpiBroker_Request& request, const Text& cl
   for (CmpiBroker_Provider* provider : providers) {
     if (stack.holds(*provider)) continue;
     try {
-      const RequestStackContainer::Entry entry(stack, *provider);
-      (provider->*operation)(request, out);
+      forward(operation, *provider, request, out);
       outcome.succeeded();
     } catch (const std::exception&) {
       outcome.failed();
@@ -234,8 +254,8 @@ void CmpiBroker_ProviderManager::enumInstancesInt(const CIMRequest& request, Lis
   BRV_TRACE(kWarning, "ProviderManager: Enumerate instances of %s\n", className);
   CmpiBroker_Request brokerRequest(request);
   List<CIMObject> objects;
-  ask(brokerRequest, request.getClassname(), request.hasContinueOnError() != 0,
-      &CmpiBroker_Provider::enumInstances, objects);
+  ask(brokerRequest, request.getClassname(), request.hasContinueOnError() != 0, kEnumerateInstances,
+      objects);
   BRV_TRACE(kWarning, "ProviderManager: Enumerated %zu instance(s) of %s\n", objects.size(),
             className);
   out.moveAll(objects);
@@ -248,8 +268,8 @@ void CmpiBroker_ProviderManager::associatorsInt(const CIMRequest& request, List<
   if (brokerRequest.assocClass().isNull())
     BRV_THROW(CmpiBroker_InvalidArgumentException("Invalid argument"));
   List<CIMObject> objects;
-  ask(brokerRequest, brokerRequest.assocClass(), request.hasContinueOnError() != 0,
-      &CmpiBroker_Provider::associators, objects);
+  ask(brokerRequest, brokerRequest.assocClass(), request.hasContinueOnError() != 0, kAssociators,
+      objects);
   BRV_TRACE(kWarning, "ProviderManager: Enumerated %zu associator(s) of %s\n", objects.size(),
             className);
   out.moveAll(objects);
@@ -261,8 +281,8 @@ void CmpiBroker_ProviderManager::invokeMethodInt(const CIMRequest& request, List
   BRV_TRACE(kWarning, "ProviderManager: Invoke method %s of %s\n", method, className);
   CmpiBroker_Request brokerRequest(request);
   List<CIMObject> objects;
-  ask(brokerRequest, request.getClassname(), request.hasContinueOnError() != 0,
-      &CmpiBroker_Provider::invokeMethod, objects);
+  ask(brokerRequest, request.getClassname(), request.hasContinueOnError() != 0, kInvokeMethod,
+      objects);
   BRV_TRACE(kWarning, "Got %zu result values from method %s of %s\n", objects.size(), method,
             className);
   out.moveAll(objects);
@@ -284,8 +304,7 @@ void CmpiBroker_ProviderManager::enumAllInstancesInt(const CIMRequest& request,
       brokerRequest.objectPath().setNameSpace(info.nameSpace);
       List<CIMObject> objects;
       try {
-        const RequestStackContainer::Entry entry(stack, *provider);
-        provider->enumInstances(brokerRequest, objects);
+        forward(kEnumerateInstances, *provider, brokerRequest, objects);
         outcome.succeeded();
       } catch (const std::exception&) {
         outcome.failed();

@@ -67,7 +67,13 @@ class CmpiBroker_ProviderManager {
 
  private:
   using Providers = std::vector<CmpiBroker_Provider*>;
-  using Operation = void (CmpiBroker_Provider::*)(class CmpiBroker_Request&, List<CIMObject>&);
+  struct Operation {
+    const char* name;
+    void (CmpiBroker_Provider::*function)(class CmpiBroker_Request&, List<CIMObject>&);
+  };
+  static const Operation kEnumerateInstances;
+  static const Operation kAssociators;
+  static const Operation kInvokeMethod;
   class Serving;
 
   void initProviderList(const CmpiBroker_ProviderInfo* table);
@@ -77,7 +83,11 @@ class CmpiBroker_ProviderManager {
   Providers lookupProviders(const Text& className, const Text& nameSpace, bool continueOnError);
   /// Looks up the providers of `className` and asks each that is not already serving.
   void ask(CmpiBroker_Request& request, const Text& className, bool continueOnError,
-           Operation operation, List<CIMObject>& out);
+           const Operation& operation, List<CIMObject>& out);
+  /// Asks one provider and appends all that it answers, or nothing: what is thrown is traced here,
+  /// since with continue on error nobody else tells.
+  static void forward(const Operation& operation, CmpiBroker_Provider& provider,
+                      class CmpiBroker_Request& request, List<CIMObject>& out);
   void associatorsInt(const CIMRequest& request, List<CIMObject>& out);
   void invokeMethodInt(const CIMRequest& request, List<CIMObject>& out);
   void processRequest(const CIMRequest& request, List<CIMObject>& out);

@@ -71,6 +71,14 @@ void destroyManager(int status) {
   ManagerHolder::m_instance = nullptr;
 }
 
+void report(const CmpiBroker_Exception& error) {
+  try {
+    PrintError(ucToUtf8(error.getErrorInfoU()).c_str());
+  } catch (const std::exception&) {
+    PrintError(error.what());  // needs no memory
+  }
+}
+
 int run(int argc, char** argv) {
   List<CIMRequest> requests;
   if (!parseCommandLine(argc, argv, requests)) return 1;
@@ -94,7 +102,7 @@ int nlsui_main(int argc, char** argv) {
   try {
     status = run(argc, argv);
   } catch (const CmpiBroker_Exception& error) {
-    PrintError(ucToUtf8(error.getErrorInfoU()).c_str());
+    report(error);
   } catch (const std::exception& error) {
     PrintError(error.what());
   }

@@ -131,7 +131,7 @@ const char* getCMPIErrorText(int code) {
   return "Unknown CMPI error";
 }
 
-std::string getCMPIErrorInfo(const CMPIStatus& status) {
+const char* getCMPIErrorInfo(const CMPIStatus& status) {
   if (status.msg != nullptr && status.msg->hdl != nullptr)
     return static_cast<const char*>(status.msg->hdl);
   return getCMPIErrorText(status.rc);

@@ -18,8 +18,9 @@ inline constexpr CMPIrc kNoMoreElements = static_cast<CMPIrc>(18);
 /// The text of a status code. An unknown code is traced.
 const char* getCMPIErrorText(int code);
 
-/// The message of `status` when it has one, otherwise the text of its code.
-std::string getCMPIErrorInfo(const CMPIStatus& status);
+/// The message of `status` when it has one, otherwise the text of its code. Takes no memory; lives
+/// as long as the message.
+const char* getCMPIErrorInfo(const CMPIStatus& status);
 
 /// CMPI_chars and CMPI_charsptr count as CMPI_string, and so do their arrays.
 constexpr CMPIType comparableType(CMPIType type) {

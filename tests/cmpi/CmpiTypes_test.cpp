@@ -79,8 +79,8 @@ TEST(CmpiTypes, ErrorTexts) {
   char text[] = "a message";
   CMPIString message{text, nullptr};
   CMPIString freed{nullptr, nullptr};
-  EXPECT_EQ(getCMPIErrorInfo({CMPI_RC_ERR_FAILED, &message}), "a message");
-  EXPECT_EQ(getCMPIErrorInfo({CMPI_RC_ERR_FAILED, &freed}), "Generic failure.");
+  EXPECT_STREQ(getCMPIErrorInfo({CMPI_RC_ERR_FAILED, &message}), "a message");
+  EXPECT_STREQ(getCMPIErrorInfo({CMPI_RC_ERR_FAILED, &freed}), "Generic failure.");
 }
 
 // Those with a text are compared with what the broker makes of them, in its own tests.
