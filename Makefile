@@ -7,6 +7,7 @@ SHELL := /bin/bash
 .DEFAULT_GOAL := help
 
 ARGS ?= -enumi -class BRV_MetricValue
+FAULTS ?=
 PREFIX ?= /usr/local
 DESTDIR ?=
 # How long `make fuzz` keeps each target busy.
@@ -15,6 +16,7 @@ SECONDS_EACH ?= 60
 BUILD_PACKAGES := g++ cmake ninja-build libboost-dev libpugixml-dev nlohmann-json3-dev
 TEST_PACKAGES := $(BUILD_PACKAGES) libgtest-dev libgmock-dev valgrind jq procps iproute2
 CLANG_PACKAGES := $(BUILD_PACKAGES) clang-14 libclang-rt-14-dev
+FAULTS_PACKAGES := $(BUILD_PACKAGES) strace python3
 BENCH_PACKAGES := $(BUILD_PACKAGES) libbenchmark-dev procps iproute2
 
 SOURCES = $(shell find src tests bench fuzz examples -name '*.cpp' -o -name '*.h' -o -name '*.c')
@@ -62,8 +64,8 @@ fi; \
 touch $$dir/.built
 endef
 
-.PHONY: help run release test install format check-format clang tidy golden memcheck fuzz \
-        fuzz-corpus bench clean
+.PHONY: help run release test install format check-format clang tidy golden memcheck faults \
+        fuzz fuzz-corpus bench clean
 
 help: ## this list
 	@echo 'make TARGET, where TARGET is one of'
@@ -105,6 +107,10 @@ golden: ## build what is shipped with the tests, run those that start the progra
 memcheck: ## valgrind over one run of every operation of what is shipped
 	@$(call build,release-tests,$(TEST_PACKAGES),brvcimb)
 	@scripts/memcheck build/release-tests/$(PROGRAM)
+
+faults: ## let system calls and allocations of what is shipped fail, one by one; FAULTS="..." are options
+	@$(call build,release,$(FAULTS_PACKAGES))
+	@scripts/faults build/release/$(PROGRAM) $(FAULTS)
 
 fuzz: ## run every fuzz target for SECONDS_EACH (60) seconds
 	@$(call build,fuzz,$(CLANG_PACKAGES))
