@@ -133,7 +133,6 @@ TEST(CommandLine, ARequestReachesItsClassInItsNamespace) {
   const Text any = testing::_;
   expectAll({
       {"-e -c Nope", 1, "", noProvider("Nope")},
-      {"-e -c  -T 1", 1, "", noProvider("")},
       {"-enumi -class brv_provider", 1, "", noProvider("brv_provider")},
       {"-e -c BRV_Provider -n root/x", 1, "", noProvider("BRV_Provider", "root/x")},
       {"-e -namespace x -class BRV_Provider", 1, "", noProvider("BRV_Provider", "root/x")},
@@ -156,6 +155,14 @@ TEST(CommandLine, ARequestReachesItsClassInItsNamespace) {
       {"-x m -c BRV_MetricValue -p a=b -i c=(uint8)1", 1, "", error("Internal error")},
       {"-olmod -swpackages -swpatches", 1, "", error("No Amazon-based virtual computer system")},
   });
+}
+
+TEST(CommandLine, AnEmptyNameIsTheNameOfNoClass) {
+  ProgramRun run = onHost("small-vm", "-e -c");
+  run.arguments.emplace_back();
+  const ProgramResult result = runProgram(run);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.error, noProvider(""));
 }
 
 TEST(CommandLine, ContinueOnErrorPassesOverWhatFails) {
