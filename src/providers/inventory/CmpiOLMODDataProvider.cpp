@@ -14,7 +14,8 @@ namespace brv {
 CmpiOLMODDataProvider::CmpiOLMODDataProvider(const CmpiBroker& broker, const CmpiContext& context,
                                              InventoryHost host)
     : CmpiBaseMI(broker, context), CmpiBaseProvider(broker, context), m_host(std::move(host)) {
-  loadHostName();
+  // Where there is no host, its name is the least that is missing.
+  if (files().fault().empty()) loadHostName();
 }
 
 bool CmpiOLMODDataProvider::loadHostName() const {

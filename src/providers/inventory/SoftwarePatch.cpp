@@ -57,13 +57,15 @@ void forEachZypperPatch(CommandRunner& commands, const OnPatch& onPatch) {
   traceOddLines(kZypper, table.odd());
 }
 
-// dnf and yum, which understand the same questions.
+// dnf and yum, which understand the same questions. They would pass over repositories that have not
+// been fetched, with 0.
 void forEachDnfPatch(CommandRunner& commands, const char* program, const OnPatch& onPatch) {
+  constexpr const char* kNoneSkipped = "--setopt=*.skip_if_unavailable=False";
   DnfUpdateInfo table;
   const auto ask = [&](const char* which) {
     table = {};
     return commands.run(
-        {program, "-C", "-q", "updateinfo", "list", which},
+        {program, "-C", "-q", kNoneSkipped, "updateinfo", "list", which},
         [&table](std::string_view line) { table.line(line); }, kLimits);
   };
   CommandResult ran = ask("--installed");

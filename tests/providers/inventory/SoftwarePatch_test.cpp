@@ -17,8 +17,8 @@ Pool       | ACME-7 | applied | Leak
 Pool       | ACME-9 | applied | Rust
 )";
 
-const std::string kDnf = "/usr/bin/dnf -C -q updateinfo list ";
-const std::string kYum = "/usr/bin/yum -C -q updateinfo list ";
+const std::string kDnf = "/usr/bin/dnf -C -q --setopt=*.skip_if_unavailable=False updateinfo list ";
+const std::string kYum = "/usr/bin/yum -C -q --setopt=*.skip_if_unavailable=False updateinfo list ";
 const std::string kDnfRows = R"(
 ACSA-1 Important/Sec. pump-1-2.x86_64
 ACBA-2 bugfix valve-2-1.noarch
