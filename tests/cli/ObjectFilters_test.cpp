@@ -119,7 +119,7 @@ TEST(ObjectFilters, WithoutTheVariableTheFileIsThatOfTheWorkingFolder) {
   const std::string refused =
       "Failed to load filter defintion : ./osfilter.conf: others than root and the caller can "
       "change it\n";
-  for (const mode_t mode : {0664, 0646}) {
+  for (const mode_t mode : {mode_t{0664}, mode_t{0646}}) {
     ASSERT_EQ(::chmod(file.c_str(), mode), 0);
     const ProgramResult passedOver = runProgram(run);
     EXPECT_EQ(elementsOf("Disk.TotalIOs", figures(passedOver.output)), kAllDisks);

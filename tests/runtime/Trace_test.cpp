@@ -60,7 +60,9 @@ TEST(Trace, ControlCharactersAreShown) {
                    for (int i = 0; i < 1000; ++i) shown += "\\x01";
                    return shown;
                  }()}};
-  for (const auto& [text, shown] : kCases) {
+  for (const auto& entry : kCases) {
+    const std::string& text = entry.text;
+    const std::string& shown = entry.shown;
     EXPECT_EQ(traced(1, [&] { trace::write(trace::kError, "U", 7, "%s\n", text.c_str()); }),
               "E U:7 " + shown + '\n');
     EXPECT_EQ(
