@@ -391,8 +391,20 @@ void CmpiMetricProviderLinux::getFsStat(const CmpiContext&, CmpiList& out) {
     return SkipFileSystem(mount.device, mount.mountPoint, mount.type) != 0;
   };
   Values values(out);
-  for (const auto& [mount, info, figures] : mounts.measure(m_calls, skip))
+  // Those that are not there for this reader are none of its figures.
+  std::size_t lost = 0;
+  std::string firstLost;
+  for (const auto& [mount, info, figures] : mounts.measure(m_calls, skip)) {
     values.add(kFileSystemFigures, figures, mount->mountPoint);
+    if (info.error == 0 || info.error == ENOENT || info.error == ENODEV || lost++ > 0) continue;
+    firstLost = mount->mountPoint;
+    firstLost += info.error == FileSystemInfo::kNoAnswer
+                     ? ": no answer"
+                     : std::string(": ") + std::strerror(info.error);
+  }
+  if (lost > 0)
+    BRV_TRACE(kError, "File systems without figures: %zu, the first is %s\n", lost,
+              firstLost.c_str());
 }
 
 }  // namespace brv

@@ -244,6 +244,7 @@ TEST_F(LinuxHost, FileSystems) {
         "Ignoring over mounted file system /dev/under on /hidden. Currently active file system is "
         "tmpfs\n",
         "Failed to get file system statistics from server:/x mounted on /dead",
+        "File systems without figures: 1, the first is /dead: no answer\n",
         "FileSystem (tmpfs,/hidden) ignored because match filter\n", "/proc/1/mounts: line 10 "})
     EXPECT_THAT(text, HasSubstr(line));
 }
