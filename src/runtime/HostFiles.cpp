@@ -88,16 +88,16 @@ int openLookedAt(const Open& open, const Descriptor& looked, struct stat& status
 template <class Open>
 int readFile(const Open& open, bool trusted, FileBuffer& content, const ReadLimit& limit) {
   content.clear();
-  Descriptor file(open(trusted ? kReading : kLooking));
-  if (file.get() < 0) return errno;
+  const Descriptor found(open(trusted ? kReading : kLooking));
+  if (found.get() < 0) return errno;
   struct stat status {};
-  if (::fstat(file.get(), &status) != 0) return errno;
+  if (::fstat(found.get(), &status) != 0) return errno;
   if (const int error = requireRegular(status)) return error;
-  if (!trusted) {
-    const Descriptor looked = std::move(file);
-    if (const int error = openLookedAt(open, looked, status, file)) return error;
-  }
-  return content.fill(file.get(), static_cast<std::uint64_t>(status.st_size), limit);
+  Descriptor opened;
+  if (!trusted)
+    if (const int error = openLookedAt(open, found, status, opened)) return error;
+  return content.fill(trusted ? found.get() : opened.get(),
+                      static_cast<std::uint64_t>(status.st_size), limit);
 }
 
 }  // namespace

@@ -21,6 +21,9 @@ int level = kError;
 
 namespace {
 
+// A signal after the other is no reason to try for ever.
+constexpr int kMostInterruptions = 100;
+
 // A thread that a provider cancels while it writes would unwind through frames that let nothing
 // through.
 class CancellationHeld {
@@ -36,10 +39,11 @@ class CancellationHeld {
 
 void writeAll(std::string_view text) {
   const CancellationHeld held;
+  int interruptions = 0;
   while (!text.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
     if (written < 0) {
-      if (errno == EINTR) continue;
+      if (errno == EINTR && ++interruptions < kMostInterruptions) continue;
       return;  // nobody reads the trace; there is nowhere left to say so
     }
     text.remove_prefix(static_cast<std::size_t>(written));

@@ -24,7 +24,8 @@ std::string_view first(std::string_view text) {
 }  // namespace
 
 bool isControlCharacter(std::string_view character) {
-  if (character.size() == 2) return character[0] == '\xC2' && isHighControl(character[1]);
+  if (character.size() == 2)
+    return character[0] == '\xC2' && isHighControl(static_cast<unsigned char>(character[1]));
   if (character.size() != 1) return false;
   const auto c = static_cast<unsigned char>(character[0]);
   return c < ' ' || c == 0x7F || isHighControl(c);
