@@ -304,6 +304,7 @@ void CmpiBroker_Provider::closeLibrary() {
 }
 
 void CmpiBroker_Provider::unload() {
+  m_failure = nullptr;
   if (m_status == kUnloaded || m_status == kNotSupported) return;
   if (m_info->module == kNeverUnloaded) {
     BRV_TRACE(kDetail, "Skipping unload of faulty %s\n", m_libraryPath.c_str());

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "providers/readers/ValueText.h"
+#include "runtime/CommandRunner.h"
 #include "runtime/Trace.h"
 
 namespace brv {

@@ -5,10 +5,11 @@
 
 #include "cmpi/CmpiObjects.h"
 #include "providers/readers/LineScanner.h"
-#include "runtime/CommandRunner.h"
 #include "runtime/Trace.h"
 
 namespace brv {
+
+struct CommandResult;
 
 /// The namespace that all classes of the compiled-in providers live in.
 inline constexpr const char* kProviderNamespace = "root/cimv2";
